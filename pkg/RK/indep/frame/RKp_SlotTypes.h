@@ -1,0 +1,62 @@
+// The function types of the slots. Records stand here by name only.
+#ifndef RKP_SLOT_TYPES_H
+#define RKP_SLOT_TYPES_H
+
+#include "RK/indep/frame/RK.h"
+#include "RK/indep/frame/RKp_Depth.h"
+
+struct RK_CompositeModePlus;
+struct RK_BlendScratch;
+template <class P>
+struct RK_BlendingMode;
+template <class P>
+struct RK_InnerBlendingFunc;
+template <class P>
+struct RK_BlendModeDescriptor;
+
+// A row moved between straight and premultiplied. `src` null, or equal to `dst`: in place. A count below 1 does
+// nothing. Always 0.
+template <class P>
+using RKp_ScanFunc = RK_Long(RK_Long count, const P* src, P* dst);
+
+// The alpha of `dst` united with the source's, scaled by `opacity` and by the matte's alpha. `matte` may be null.
+template <class P>
+using RKp_AlphaMergeFunc = RK_Long(RK_Long count, const P* src, typename RKp_Depth<P>::Channel opacity,
+                                   const P* matte, P* dst);
+
+// A caller's pixel function; `in` and `out` have the pixel type of the world. Non-zero stops the pass.
+using RK_PixelFunc = RK_Long(void* refcon, RK_Long x, RK_Long y, void* in, void* out);
+using RK_GenericFunc = RK_Long(void* refcon, RK_Long thread_index, RK_Long i, RK_Long iterations);
+
+using RKp_IterateFunc = RK_Long(RK_EffectData*, RK_Long progress_base, RK_Long progress_final, RK_LayerDef* src,
+                                const GEO_Rect* rect, void* refcon, RK_PixelFunc* pixel_fn, RK_LayerDef* dst);
+using RKp_IterateOriginFunc = RK_Long(RK_EffectData*, RK_Long progress_base, RK_Long progress_final,
+                                      RK_LayerDef* src, const GEO_Rect* rect, const Point* origin, void* refcon,
+                                      RK_PixelFunc* pixel_fn, RK_LayerDef* dst);
+using RKp_IterateLUTFunc = RK_Long(RK_EffectData*, RK_Long progress_base, RK_Long progress_final, RK_LayerDef* src,
+                                   const GEO_Rect* rect, const uint8_t* a_lut, const uint8_t* r_lut,
+                                   const uint8_t* g_lut, const uint8_t* b_lut, RK_LayerDef* dst);
+using RKp_IterateGenericFunc = RK_Long(RK_Long iterations, void* refcon, RK_GenericFunc* fn);
+using RKp_PremulRectFunc = RK_Long(RK_EffectRef, RK_Long forward, const GEO_Rect* rect, RK_LayerDef* world);
+
+using RKp_TransferRectFunc = RK_Long(RK_ProgressInfo* progress, void* reserved1, void* reserved2, RK_Long field,
+                                     const GEO_Rect* src_rect, const RK_LayerDef* src,
+                                     const RK_CompositeModePlus* mode, const RK_LinearBlendingTables* tables,
+                                     const RK_LayerDef* mask, RK_Long dst_x, RK_Long dst_y, RK_LayerDef* dst);
+using RKp_TransferRectPlusFunc = RK_Long(RK_ProgressInfo* progress, void* reserved1, void* reserved2,
+                                         RK_Long field, const GEO_Rect* src_rect, const RK_LayerDef* src,
+                                         const RK_CompositeModePlus* mode, const RK_LinearBlendingTables* tables,
+                                         const RK_LayerDef* mask, RK_BlendScratch* scratch, RK_Long dst_x,
+                                         RK_Long dst_y, RK_LayerDef* dst);
+using RKp_CompositeRectFunc = RK_Long(RK_ProgressInfo* progress, const GEO_Rect* src_rect, uint8_t opacity,
+                                      const RK_LayerDef* src, RK_Long dst_x, RK_Long dst_y, RK_Long field,
+                                      void* reserved, RK_LayerDef* dst);
+
+template <class P>
+using RKp_GetInnerBlendingFuncFunc = RK_Long(RK_Long mode, RK_InnerBlendingFunc<P>* out);
+// Makes a plan in the memory at `self`.
+template <class P>
+using RKp_MakePlanFunc = void(RK_BlendModeDescriptor<P>* self, RK_BlendingMode<P>& mode, bool has_matte,
+                              const RK_LinearBlendingTables* tables);
+
+#endif
