@@ -96,8 +96,24 @@ struct RK_ProgressInfo {
 };
 
 // What a plug-in holds of its effect. The first argument of many exports; most ignore it.
-struct RK_EffectData;
 using RK_EffectRef = void*;
+
+// What a plug-in receives from its host. The library reads two fields, the rest is the host's.
+struct RK_EffectData {
+    uint32_t reserved0[4];
+    RK_Long (*progress_func)(RK_EffectRef effect_ref, RK_Long current, RK_Long maximum);  // 517 aborts; may be null
+    uint32_t reserved1[18];
+    RK_EffectRef effect_ref;  // handed back to progress_func
+};
+RK_ASSERT_OFFSET(RK_EffectData, progress_func, 16, 16);
+RK_ASSERT_OFFSET(RK_EffectData, effect_ref, 92, 96);
+
+// ---- Functions that a caller gives ----------------------------------------------------------------------
+
+// Called for a pixel; `in` and `out` point at the world's pixel type and may be the same. Non-zero stops the pass.
+using RK_PixelFunc = RK_Long(void* refcon, RK_Long x, RK_Long y, void* in, void* out);
+// Called for part `i` of `iterations`; non-zero stops.
+using RK_GenericFunc = RK_Long(void* refcon, RK_Long thread_index, RK_Long i, RK_Long iterations);
 
 struct RK_LinearBlendingTables;
 

@@ -3,6 +3,7 @@
 #define RKP_BORDER_H
 
 #include <exception>
+#include <type_traits>
 #include <utility>
 
 #include "RK/host/KIT.h"
@@ -16,13 +17,19 @@ inline void RKp_ThrowIf(RK_Long code) {
     if (code != RK_kOK) RKp_Throw(code);
 }
 
-// Runs work(), which returns nothing, and gives the result: 0, a thrown RK_Long as it is, a std::exception as
-// the host translates it. Anything else passes through.
+// Runs work() and gives the result: what it returns (0 when it returns nothing), a thrown RK_Long as it is, a
+// std::exception as the host translates it. Anything else passes through.
 template <class Work>
 RK_Long RKp_AtBorder(Work&& work) {
+    using Result = decltype(work());
+    static_assert(std::is_void_v<Result> || std::is_same_v<Result, RK_Long>, "work gives an RK_Long or nothing");
     try {
-        std::forward<Work>(work)();
-        return RK_kOK;
+        if constexpr (std::is_void_v<Result>) {
+            std::forward<Work>(work)();
+            return RK_kOK;
+        } else {
+            return std::forward<Work>(work)();
+        }
     } catch (RK_Long code) {
         return code;
     } catch (const std::exception& error) {

@@ -24,10 +24,6 @@ template <class P>
 using RKp_AlphaMergeFunc = RK_Long(RK_Long count, const P* src, typename RKp_Depth<P>::Channel opacity,
                                    const P* matte, P* dst);
 
-// A caller's pixel function; `in` and `out` have the pixel type of the world. Non-zero stops the pass.
-using RK_PixelFunc = RK_Long(void* refcon, RK_Long x, RK_Long y, void* in, void* out);
-using RK_GenericFunc = RK_Long(void* refcon, RK_Long thread_index, RK_Long i, RK_Long iterations);
-
 using RKp_IterateFunc = RK_Long(RK_EffectData*, RK_Long progress_base, RK_Long progress_final, RK_LayerDef* src,
                                 const GEO_Rect* rect, void* refcon, RK_PixelFunc* pixel_fn, RK_LayerDef* dst);
 using RKp_IterateOriginFunc = RK_Long(RK_EffectData*, RK_Long progress_base, RK_Long progress_final,
