@@ -1,0 +1,65 @@
+#include "RK/indep/composite/RKp_MatteRow.h"
+
+#include <algorithm>
+
+#include "RK/indep/composite/RKp_CompositeArea.h"
+#include "RK/indep/frame/RKp_Depth.h"
+
+namespace {
+
+template <class P>
+void fillAlpha(P* row, int32_t begin, int32_t end, typename RKp_Depth<P>::Wide value) {
+    for (int32_t x = begin; x < end; ++x) row[x].alpha = static_cast<RK_Channel<P>>(value);
+}
+
+// The value of one mask pixel.
+template <class P, bool luma, bool inverted>
+RK_Channel<P> matteValue(const P& m) {
+    using D = RKp_Depth<P>;
+    typename D::Wide value = m.alpha;
+    if (luma) value = D::mul(value, D::luma(m.red, m.green, m.blue));
+    return static_cast<RK_Channel<P>>(inverted ? D::inv(value) : value);
+}
+
+template <class P, bool luma, bool inverted>
+void computeRow(const P* mask, int32_t count, P* row) {
+    for (int32_t x = 0; x < count; ++x) row[x].alpha = matteValue<P, luma, inverted>(mask[x]);
+}
+
+}  // namespace
+
+template <class P>
+const P* RKp_MatteRow(const RK_Mask& mask, int32_t y, int32_t left, int32_t count, P* matte_row) {
+    const uint32_t kind = mask.mask_kind & 3u;
+    const int64_t mask_row = int64_t{y} - mask.mask_y;
+    const int64_t first = int64_t{left} - mask.mask_x;  // the mask's column at `left`
+    if (kind == RK_kMaskAlpha) return RKp_PixelAt<const P>(mask.world, first, mask_row);
+
+    const auto full = RKp_Depth<P>::kFull;
+    if (mask_row < 0 || mask_row >= RKp_UsableHeight(mask.world)) {
+        // Kept: a row outside shows everything, for plain luma too, though columns outside do not.
+        fillAlpha(matte_row, 0, count, full);
+        return matte_row;
+    }
+
+    const int64_t room = count;
+    const int32_t begin = static_cast<int32_t>(std::clamp(-first, int64_t{0}, room));
+    const int32_t end =
+        static_cast<int32_t>(std::clamp(RKp_UsableWidth(mask.world) - first, int64_t{begin}, room));
+    const auto outside = kind == RK_kMaskLuma ? decltype(full){0} : full;
+    fillAlpha(matte_row, 0, begin, outside);
+    if (begin < end) {
+        const P* inside = RKp_PixelAt<const P>(mask.world, first + begin, mask_row);
+        switch (kind) {
+            case RK_kMaskInvertedAlpha: computeRow<P, false, true>(inside, end - begin, matte_row + begin); break;
+            case RK_kMaskLuma: computeRow<P, true, false>(inside, end - begin, matte_row + begin); break;
+            default: computeRow<P, true, true>(inside, end - begin, matte_row + begin); break;
+        }
+    }
+    fillAlpha(matte_row, end, count, outside);
+    return matte_row;
+}
+
+template const RK_Pixel8* RKp_MatteRow(const RK_Mask&, int32_t, int32_t, int32_t, RK_Pixel8*);
+template const RK_Pixel16* RKp_MatteRow(const RK_Mask&, int32_t, int32_t, int32_t, RK_Pixel16*);
+template const RK_PixelFloat* RKp_MatteRow(const RK_Mask&, int32_t, int32_t, int32_t, RK_PixelFloat*);
