@@ -7,6 +7,7 @@
 #include "RK/indep/frame/RK_Messages.h"
 
 // The families' report sites.
+constexpr uint32_t RKp_kSiteWorld = 1;
 constexpr uint32_t RKp_kSiteFill = 13;
 constexpr uint32_t RKp_kSiteIterate = 14;
 constexpr uint32_t RKp_kSiteIterateGeneric = 70;
