@@ -161,6 +161,10 @@ template <class P>
 struct RK_API RK_BlendModeDescriptor {
     // A refused mode is reported, and leaves the plan without class and with a null mode_func.
     RK_BlendModeDescriptor(RK_BlendingMode<P>& mode, bool has_matte, const RK_LinearBlendingTables* tables);
+    // The default body behind it: makes the plan in the memory at `self`. An empty lookup slot is reported, and 3 is
+    // thrown.
+    static void Make_S(RK_BlendModeDescriptor* self, RK_BlendingMode<P>& mode, bool has_matte,
+                       const RK_LinearBlendingTables* tables);
 
     RK_BlendingMode<P> mode;
     RK_RowFunc<P>* over_func;                                  // of RK_Xfer_Behind, in the same variant

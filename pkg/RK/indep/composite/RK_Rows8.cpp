@@ -1,0 +1,4 @@
+// The rows of every mode at 8 bits.
+#include "RK/indep/composite/RKp_RowTables.h"
+
+RKP_INSTANTIATE_ROWS(RK_Pixel8);
