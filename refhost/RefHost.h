@@ -16,7 +16,8 @@ RK_HOST_API void SetCPU(KIT_CPU_Data facts);
 RK_HOST_API void SetThreadCount(int32_t count);  // 0: as many as the machine has
 
 // ---- Reports --------------------------------------------------------------------------------------------
-enum class ReportKind { Verification, Error, BufferedError, Exception, WorldAllocation };
+// Memory: a named block could not be had; the text is its name. WorldAllocation: severity is the code.
+enum class ReportKind { Verification, Error, BufferedError, Exception, Memory, WorldAllocation };
 struct Report {
     ReportKind kind;
     uint32_t location;
@@ -44,6 +45,20 @@ RK_HOST_API int64_t AllocationsSince();
 // ---- Plug-ins -------------------------------------------------------------------------------------------
 // Folder that the scan walks, instead of the one that RK_PLUGIN_PATH names. Empty: that one again.
 RK_HOST_API void SetPluginFolder(const std::string& folder);
+
+// ---- Calls that fail ------------------------------------------------------------------------------------
+// The next call of a host operation, named as in its header, fails with `code`, once. Known to: GEO_PrepareFCMD,
+// GEO_UnprepareFCMD, NZ_GetPrimeSizedTable, ZIN_GetLNKAddressProc (gives null), RAS_NewWorld, RAS_LoadLockPixels,
+// SEQ_New, DSK_AddExtensionMap, MOD_InstallScan, MOD_RegisterRoutine, MOD_PrepRoutine, MOD_UnprepRoutine,
+// MOD_UnregisterRoutine.
+RK_HOST_API void FailCall(const std::string& operation, RK_Long code);
+
+// ---- Versions and platform ------------------------------------------------------------------------------
+RK_HOST_API void SetPackageVersion(const std::string& package, RK_Long version);
+// How often the package's version has been checked.
+RK_HOST_API int32_t PackageChecks(const std::string& package);
+// Open brackets of the minimalistic window-creation mode.
+RK_HOST_API int32_t MinimalisticBrackets();
 
 }  // namespace RefHost
 

@@ -40,7 +40,8 @@ RK_HOST_API RK_Long MOD_PrepRoutine(MOD_Routine* routine, MOD_EntryFunc** entry)
 RK_HOST_API RK_Long MOD_UnprepRoutine(MOD_Routine* routine);
 
 // ---- What a plug-in file holds --------------------------------------------------------------------------
-// A file of routines is a shared object that exports this table under the name "MOD_RoutineTable".
+// A file of routines is a shared object that exports a MOD_RoutineTable under the name MOD_G_RoutineTable. A file
+// without it, or with a negative count, a null entry or a pointer that leads nowhere in it, is passed over.
 
 struct MOD_Property {
     const char* key;
@@ -50,13 +51,19 @@ struct MOD_RoutineEntry {
     uint32_t type;
     uint32_t flags;
     const char* name;
-    const MOD_Property* properties;  // ended by a null key
+    const MOD_Property* properties;  // ended by a null key; at most 64; null: none
     MOD_EntryFunc* entry;
 };
 struct MOD_RoutineTable {
-    int32_t count;
+    int32_t count;  // 0 to 1024
     const MOD_RoutineEntry* routines;
 };
+
+// Written once in a plug-in's source: exports the array of its routines.
+#define MOD_EXPORT_ROUTINES(array)                                   \
+    extern "C" RK_API const MOD_RoutineTable MOD_G_RoutineTable;     \
+    const MOD_RoutineTable MOD_G_RoutineTable = {                    \
+        static_cast<int32_t>(sizeof(array) / sizeof((array)[0])), array}
 
 RK_HOST_API RK_Long MOD_CheckVersions(RK_Long caller, RK_Long version);
 
