@@ -2,10 +2,11 @@
 
 #include <iterator>
 
-// The public headers of the families whose functions the list names.
-#include "RK/indep/composite/RK_TransferRect.h"
-#include "RK/indep/composite/RK_Xfer.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
+
+// The families whose functions the list names, their private headers too: bodies behind slots are private.
+#include "RK/indep/passes/RKp_AlphaMerge.h"
+#include "RK/indep/passes/RKp_MatteScans.h"
 
 void* RKp_G_OverFuncs[RK_kSlotCount];
 
