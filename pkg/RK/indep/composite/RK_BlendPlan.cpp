@@ -67,38 +67,66 @@ RK_BlendingMode<P> RK_MakeBlendingMode(const RK_CompositeModePlus& mode) {
 
 namespace {
 
-// What a class asks of the plan. `scans` picks the neutral background: 0 black, 1 white, 2 grey.
+// What a class asks of the plan.
 struct ClassPlan {
     uint8_t wrap_neutral, over_first, guard_alpha, merge_alpha;
-    int32_t scans;
+    int32_t neutral;
 };
+constexpr int32_t kNoNeutral = -1, kBlack = 0, kWhite = 1, kGrey = 2;
 constexpr ClassPlan kClassPlans[] = {
-    {0, 0, 0, 0, -1},  // RK_kModeRefused
-    {0, 0, 0, 0, -1},  // RK_kModePlain
-    {0, 0, 1, 0, -1},  // RK_kModeGuard
-    {0, 1, 1, 0, -1},  // RK_kModeOverFirst
-    {1, 0, 1, 1, 0},   // RK_kModeWrapBlack
-    {1, 0, 1, 1, 1},   // RK_kModeWrapWhite
-    {1, 0, 1, 1, 2},   // RK_kModeWrapGrey
+    {0, 0, 0, 0, kNoNeutral},  // RK_kModeRefused
+    {0, 0, 0, 0, kNoNeutral},  // RK_kModePlain
+    {0, 0, 1, 0, kNoNeutral},  // RK_kModeGuard
+    {0, 1, 1, 0, kNoNeutral},  // RK_kModeOverFirst
+    {1, 0, 1, 1, kBlack},      // RK_kModeWrapBlack
+    {1, 0, 1, 1, kWhite},      // RK_kModeWrapWhite
+    {1, 0, 1, 1, kGrey},       // RK_kModeWrapGrey
 };
 static_assert(RK_kModeWrapGrey == sizeof kClassPlans / sizeof kClassPlans[0] - 1, "one line for each class");
 
-// The first slot of a depth's scans, which lie in the order premultiply, unmultiply by black, white, grey, and merge.
+// The slots of each depth. The seven scans follow one another: premultiply and unmultiply by black, by white, by grey,
+// and the alpha merge.
 template <class P>
-constexpr int32_t kScanSlots = RKp_Depth<P>::kIndex == 0 ? 35 : RKp_Depth<P>::kIndex == 1 ? 72 : 106;
+struct Slots;
+template <>
+struct Slots<RK_Pixel8> {
+    static constexpr int32_t kScans = RKp_kSlot_Premul_Black8, kMakePlan = RKp_kSlot_MakePlan8;
+    static constexpr int32_t kRow = RKp_kSlot_GetRow8, kMatteRow = RKp_kSlot_GetMatteRow8;
+    static constexpr int32_t kLinearRow = RKp_kSlot_GetLinearRow8, kLinearMatteRow = RKp_kSlot_GetLinearMatteRow8;
+};
+template <>
+struct Slots<RK_Pixel16> {
+    static constexpr int32_t kScans = RKp_kSlot_Premul_Black16, kMakePlan = RKp_kSlot_MakePlan16;
+    static constexpr int32_t kRow = RKp_kSlot_GetRow16, kMatteRow = RKp_kSlot_GetMatteRow16;
+    static constexpr int32_t kLinearRow = RKp_kSlot_GetLinearRow16, kLinearMatteRow = RKp_kSlot_GetLinearMatteRow16;
+};
+template <>
+struct Slots<RK_PixelFloat> {
+    static constexpr int32_t kScans = RKp_kSlot_Premul_BlackFloat, kMakePlan = RKp_kSlot_MakePlanFloat;
+    static constexpr int32_t kRow = RKp_kSlot_GetRowFloat, kMatteRow = RKp_kSlot_GetMatteRowFloat;
+    static constexpr int32_t kLinearRow = RKp_kSlot_GetLinearRowFloat;
+    static constexpr int32_t kLinearMatteRow = RKp_kSlot_GetLinearMatteRowFloat;
+};
 
-template <class Function>
-Function* slotAt(int32_t slot) {
-    return reinterpret_cast<Function*>(RKp_G_OverFuncs[slot]);
+template <class P>
+RKp_GetInnerBlendingFuncFunc<P>* lookup(bool has_matte, bool linear) {
+    using S = Slots<P>;
+    if (has_matte) return linear ? RKp_Slot<S::kLinearMatteRow>() : RKp_Slot<S::kMatteRow>();
+    return linear ? RKp_Slot<S::kLinearRow>() : RKp_Slot<S::kRow>();
 }
 
-// The lookup's place is 1 for linear light plus 2 for a matte.
+// The scans by the neutral of a class: black, white, grey.
 template <class P>
-RKp_GetInnerBlendingFuncFunc<P>* lookup(bool has_matte, const RK_LinearBlendingTables* tables) {
-    constexpr int32_t p = RKp_Depth<P>::kIndex;
-    RKp_GetInnerBlendingFuncFunc<P>* const lookups[] = {RKp_Slot<94 + p>(), RKp_Slot<100 + p>(),
-                                                        RKp_Slot<97 + p>(), RKp_Slot<103 + p>()};
-    return lookups[(tables != nullptr ? 1 : 0) + (has_matte ? 2 : 0)];
+struct ScanPair {
+    RKp_ScanFunc<P>*pre, *post;
+};
+template <class P>
+ScanPair<P> scans(int32_t neutral) {
+    constexpr int32_t k = Slots<P>::kScans;
+    const ScanPair<P> pairs[] = {{RKp_Slot<k>(), RKp_Slot<k + 1>()},
+                                 {RKp_Slot<k + 2>(), RKp_Slot<k + 3>()},
+                                 {RKp_Slot<k + 4>(), RKp_Slot<k + 5>()}};
+    return neutral == kNoNeutral ? ScanPair<P>{nullptr, nullptr} : pairs[neutral];
 }
 
 }  // namespace
@@ -106,7 +134,7 @@ RKp_GetInnerBlendingFuncFunc<P>* lookup(bool has_matte, const RK_LinearBlendingT
 template <class P>
 RK_BlendModeDescriptor<P>::RK_BlendModeDescriptor(RK_BlendingMode<P>& caller_mode, bool has_matte,
                                                   const RK_LinearBlendingTables* linear_tables) {
-    RKp_Slot<117 - RKp_Depth<P>::kIndex>()(this, caller_mode, has_matte, linear_tables);
+    RKp_Slot<Slots<P>::kMakePlan>()(this, caller_mode, has_matte, linear_tables);
 }
 
 template <class P>
@@ -114,7 +142,7 @@ void RK_BlendModeDescriptor<P>::Make_S(RK_BlendModeDescriptor* self, RK_Blending
                                        const RK_LinearBlendingTables* linear_tables) {
     self->mode = caller_mode;
     self->tables = linear_tables;
-    RKp_GetInnerBlendingFuncFunc<P>* const find = lookup<P>(has_matte, linear_tables);
+    RKp_GetInnerBlendingFuncFunc<P>* const find = lookup<P>(has_matte, linear_tables != nullptr);
     if (find == nullptr) RKp_Throw(RKp_VERIFICATION("Something went wrong attempting get the blending function."));
 
     RK_InnerBlendingFunc<P> row = {nullptr};
@@ -132,13 +160,10 @@ void RK_BlendModeDescriptor<P>::Make_S(RK_BlendModeDescriptor* self, RK_Blending
     self->guard_alpha = plan.guard_alpha;
     self->merge_alpha = plan.merge_alpha;
 
-    if (plan.wrap_neutral) {
-        self->pre_scan = slotAt<RKp_ScanFunc<P>>(kScanSlots<P> + 2 * plan.scans);
-        self->post_scan = slotAt<RKp_ScanFunc<P>>(kScanSlots<P> + 2 * plan.scans + 1);
-    } else {
-        self->pre_scan = self->post_scan = nullptr;
-    }
-    self->alpha_merge = slotAt<RKp_AlphaMergeFunc<P>>(kScanSlots<P> + 6);
+    const ScanPair<P> pair = scans<P>(plan.neutral);
+    self->pre_scan = pair.pre;
+    self->post_scan = pair.post;
+    self->alpha_merge = RKp_Slot<Slots<P>::kScans + 6>();
 }
 
 #define RKP_INSTANTIATE(P)                                                                                \

@@ -53,7 +53,11 @@ struct RKp_PixelRow {
         using Wide = typename RKp_Depth<P>::Wide;
         return RKp_ForRow<P, has_matte>(count, plan, src, matte, out, [](const P& s, Wide sa, P& d) {
             if (Mode::kRowTestsClear && sa == 0) return;
-            Mode::onRow(s, sa, d);
+            // Copies: the rows may be one, and the compiler need not fear it between channels.
+            const P source = s;
+            P result = d;
+            Mode::onRow(source, sa, result);
+            d = result;
         });
     }
 };
