@@ -8,6 +8,7 @@
 #include "RK/host/NZ.h"
 #include "RK/host/TRC.h"
 #include "RK/host/ZIN.h"
+#include "RK/indep/composite/RKp_SoftLight.h"
 #include "RK/indep/frame/RKp_Border.h"
 #include "RK/indep/frame/RKp_Broker.h"
 #include "RK/indep/frame/RKp_Globals.h"
@@ -44,6 +45,7 @@ RK_Long RK_Birth() {
     clearTableAndCounters();
     ifClear([] { RKp_ThrowIf(GEO_PrepareFCMD(1, 0, 0, &RKp_G_fcm_table, &RKp_G_fcd_table)); });
     ifClear(prepareNoise);
+    ifClear(RKp_BuildSoftLight);
     ifClear([] { RKp_FillOverFuncs(KIT_G_CPU_DataP->has_sse2 != 0, KIT_G_CPU_DataP->has_ssse3 != 0); });
     ifClear(startBroker);
     return error;
