@@ -7,6 +7,7 @@
 // The families whose functions the list names, their private headers too: bodies behind slots are private.
 #include "RK/indep/composite/RK_Xfer.h"
 #include "RK/indep/passes/RK_Iterate.h"
+#include "RK/indep/passes/RK_Premul.h"
 #include "RK/indep/passes/RKp_AlphaMerge.h"
 #include "RK/indep/passes/RKp_MatteScans.h"
 

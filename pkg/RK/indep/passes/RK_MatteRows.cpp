@@ -47,7 +47,8 @@ void fillShares(const Bytes& colour, int alpha_at, Bytes (&shares)[256]) {
     }
 }
 
-RK_Long changeMatte(RK_LayerDef* world, const Bytes& colour, int alpha_at, RK_Long forward, const char* only8) {
+RK_Long changeMatte(RK_LayerDef* world, const Bytes& colour, int alpha_at, RK_Long forward,
+                    const char* only8) {
     if (world == nullptr) return RKp_ReportBadParam(RKp_kSiteIterate);
     if (RKp_WorldDepth(world) != 8) return RKp_VERIFICATION(only8);
     bool black = true;

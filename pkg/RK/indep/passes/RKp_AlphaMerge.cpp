@@ -13,7 +13,8 @@ inline void unite(RK_Long count, P* dst, Alpha alpha) {
 }  // namespace
 
 template <class P>
-RK_Long RKp_AlphaMerge(RK_Long count, const P* src, typename RKp_Depth<P>::Channel opacity, const P* matte, P* dst) {
+RK_Long RKp_AlphaMerge(RK_Long count, const P* src, typename RKp_Depth<P>::Channel opacity, const P* matte,
+                       P* dst) {
     using D = RKp_Depth<P>;
     if (opacity == 0) return RK_kOK;
     const auto scaled = [=](RK_Long i) { return D::keep(D::mul(src[i].alpha, opacity)); };

@@ -69,7 +69,8 @@ inline P premultiplied(const P& p) {
     using W = typename D::Wide;
     const W a = p.alpha;
     return pixel<P>(p.alpha, Matte::template premultiply<D, W>(p.red, a),
-                    Matte::template premultiply<D, W>(p.green, a), Matte::template premultiply<D, W>(p.blue, a));
+                    Matte::template premultiply<D, W>(p.green, a),
+                    Matte::template premultiply<D, W>(p.blue, a));
 }
 
 template <class Matte, class P>
@@ -81,7 +82,8 @@ inline P unmultiplied(const P& p) {
         if (RKp_IsDenormal(a)) return {a, 1.0f, 1.0f, 1.0f};
     }
     return pixel<P>(p.alpha, Matte::template unmultiply<D, W>(p.red, a),
-                    Matte::template unmultiply<D, W>(p.green, a), Matte::template unmultiply<D, W>(p.blue, a));
+                    Matte::template unmultiply<D, W>(p.green, a),
+                    Matte::template unmultiply<D, W>(p.blue, a));
 }
 
 template <class Matte, class P>

@@ -1,14 +1,14 @@
 // Row scans between straight and premultiplied colour, against a black, a white or a grey matte.
 //
-// All have the form RKp_ScanFunc<P>. Alpha goes from `src` to `dst` unchanged. `src` null, or equal to `dst`, works
-// in place; otherwise the rows do not overlap. A count below 1 does nothing. The result is always 0.
+// All have the form RKp_ScanFunc<P>. Alpha goes from `src` to `dst` unchanged. `src` null, or equal to `dst`,
+// works in place; otherwise the rows do not overlap. A count below 1 does nothing. The result is always 0.
 //
 // Premultiplying knows no special alpha. Unmultiplying has some, the same for every matte:
 //   in place, alpha 0: the whole pixel becomes zero
 //   in place, alpha full: the pixel is left alone
 //   float, a denormal alpha: all three colours become 1.0, on both paths
-// Kept: from `src` to `dst` an alpha of 0 goes through the matte's rule with a quotient of full: black gives full,
-// white 0, grey full from the middle up and 0 below it.
+// Kept: from `src` to `dst` an alpha of 0 goes through the matte's rule with a quotient of full: black gives
+// full, white 0, grey full from the middle up and 0 below it.
 #ifndef RKP_MATTE_SCANS_H
 #define RKP_MATTE_SCANS_H
 

@@ -1,0 +1,12 @@
+// The headers of the functions that the slot list names, for what walks the list.
+#ifndef TEST_SLOT_BODIES_H
+#define TEST_SLOT_BODIES_H
+
+#include "RK/indep/composite/RK_Xfer.h"
+#include "RK/indep/frame/RKp_OverFuncs.h"
+#include "RK/indep/passes/RK_Iterate.h"
+#include "RK/indep/passes/RK_Premul.h"
+#include "RK/indep/passes/RKp_AlphaMerge.h"
+#include "RK/indep/passes/RKp_MatteScans.h"
+
+#endif
