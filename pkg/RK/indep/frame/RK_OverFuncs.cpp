@@ -5,7 +5,9 @@
 #include "RK/indep/frame/RKp_OverFuncs.h"
 
 // The families whose functions the list names, their private headers too: bodies behind slots are private.
+#include "RK/indep/composite/RK_CompositeRect.h"
 #include "RK/indep/composite/RK_Xfer.h"
+#include "RK/indep/composite/RKp_TransferRect.h"
 #include "RK/indep/passes/RK_Iterate.h"
 #include "RK/indep/passes/RK_Premul.h"
 #include "RK/indep/passes/RKp_AlphaMerge.h"
