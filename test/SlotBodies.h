@@ -2,7 +2,9 @@
 #ifndef TEST_SLOT_BODIES_H
 #define TEST_SLOT_BODIES_H
 
+#include "RK/indep/composite/RK_CompositeRect.h"
 #include "RK/indep/composite/RK_Xfer.h"
+#include "RK/indep/composite/RKp_TransferRect.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
 #include "RK/indep/passes/RK_Iterate.h"
 #include "RK/indep/passes/RK_Premul.h"
