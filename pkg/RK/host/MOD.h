@@ -21,8 +21,8 @@ struct MOD_RoutineInfo {
 
 using MOD_EntryFunc = RK_Long(RK_Long selector, void* parameters);
 
-// The scan calls `per_file` for every file of the type, then `end_of_scan` once. A non-zero result of either is
-// MOD_InstallScan's result; the remaining files are still visited.
+// The scan calls `per_file` for every file of the type, then `end_of_scan` once; either may be null. A non-zero
+// result of either is MOD_InstallScan's result; the remaining files are still visited.
 using MOD_FileFunc = RK_Long(void* refcon, MOD_File* file);
 using MOD_EndOfScanFunc = RK_Long(void* refcon);
 RK_HOST_API RK_Long MOD_InstallScan(uint32_t type, void* refcon, MOD_FileFunc* per_file,
@@ -60,10 +60,9 @@ struct MOD_RoutineTable {
 };
 
 // Written once in a plug-in's source: exports the array of its routines.
-#define MOD_EXPORT_ROUTINES(array)                                   \
-    extern "C" RK_API const MOD_RoutineTable MOD_G_RoutineTable;     \
-    const MOD_RoutineTable MOD_G_RoutineTable = {                    \
-        static_cast<int32_t>(sizeof(array) / sizeof((array)[0])), array}
+#define MOD_EXPORT_ROUTINES(array)                               \
+    extern "C" RK_API const MOD_RoutineTable MOD_G_RoutineTable; \
+    const MOD_RoutineTable MOD_G_RoutineTable = {static_cast<int32_t>(sizeof(array) / sizeof((array)[0])), array}
 
 RK_HOST_API RK_Long MOD_CheckVersions(RK_Long caller, RK_Long version);
 

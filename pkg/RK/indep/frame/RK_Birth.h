@@ -4,12 +4,14 @@
 
 #include "RK/indep/frame/RK.h"
 
-// Once before any other function, on the main thread. 0 or the first error; after a failure the package is dead.
-// There is no second birth.
+// Once before any other function, on the main thread. There is no second birth. 0 or the first error: 4 for want of
+// memory, 1 without an interface broker, or what a package of the host returned. After a failure the package is
+// dead, and RK_Death, the only call still allowed, frees what had been made. A module that fails to load is
+// reported and left out, and is no failure of birth.
 RK_API RK_Long RK_Birth();
-// Once after the last. 0 or the first error met.
+// Once after the last. Everything is freed whatever fails; 0 or the first error met.
 RK_API RK_Long RK_Death();
-// Gives large blending scratch back.
+// Gives large blending scratch back: for 1024 pixels stays. 0, or 4 when the smaller rows cannot be had.
 RK_API RK_Long RK_FreeUpSomeMemory();
 
 // 0 when the packages that the library needs, and the caller's idea of this one (version 17), agree; otherwise 7,
