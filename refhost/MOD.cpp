@@ -1,15 +1,17 @@
 // The plug-in scan: shared objects in a folder, their routine tables, and the routines that are in use.
 #include "RK/host/MOD.h"
 
+#include <dirent.h>
 #include <dlfcn.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <mutex>
+#include <memory>
 #include <new>
 
+#include "RK/host/TRC.h"
 #include "refhost/ElfCheck.h"
 #include "refhost/ExtensionMap.h"
 #include "refhost/Internal.h"
@@ -29,8 +31,6 @@ struct MOD_Routine {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr int32_t kMostRoutines = 1024, kMostProperties = 64;
 
 std::string g_folder;
@@ -41,16 +41,33 @@ std::string pluginFolder() {
     return named ? named : "";
 }
 
-// The files of the type below the folder, by name, so that a scan has one order on every machine.
+std::string extensionOf(const std::string& name) {
+    const size_t dot = name.rfind('.');
+    return dot == std::string::npos ? "" : name.substr(dot);
+}
+
+// The files of the type below the folder. A folder behind a symbolic link is not entered: it may lead back.
+// (The runtime's own directory iterators end the program when memory runs out.)
+void findFiles(const std::string& folder, uint32_t type, std::vector<std::string>& found) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(folder.c_str()), closedir);
+    if (!stream) return;
+    while (const dirent* entry = readdir(stream.get())) {
+        const std::string name = entry->d_name;
+        if (name == "." || name == "..") continue;
+        const std::string path = folder + "/" + name;
+        struct stat status;
+        if (lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
+            findFiles(path, type, found);
+        else if (RefHost::HasExtensionOf(extensionOf(name), type) && stat(path.c_str(), &status) == 0 &&
+                 S_ISREG(status.st_mode))
+            found.push_back(path);
+    }
+}
+
+// By name, so that a scan has one order on every machine.
 std::vector<std::string> filesOfType(const std::string& folder, uint32_t type) {
     std::vector<std::string> found;
-    std::error_code error;
-    fs::recursive_directory_iterator at(folder, fs::directory_options::skip_permission_denied, error), end;
-    for (; !error && at != end; at.increment(error)) {
-        std::error_code unreadable;
-        if (!at->is_regular_file(unreadable)) continue;
-        if (RefHost::HasExtensionOf(at->path().extension().string(), type)) found.push_back(at->path().string());
-    }
+    findFiles(folder, type, found);
     std::sort(found.begin(), found.end());
     return found;
 }
@@ -85,18 +102,34 @@ bool isSound(const MOD_RoutineTable* table) {
                        [&](const MOD_RoutineEntry& routine) { return isSound(routine, info.dli_fbase); });
 }
 
-// Null for a file that is no shared object or has no sound routine table: such a file is passed over.
-MOD_File* load(const std::string& path) {
-    if (!RefHost::IsWholeSharedObject(path)) return nullptr;
-    void* object = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!object) return nullptr;
-    const auto* table = static_cast<const MOD_RoutineTable*>(dlsym(object, "MOD_G_RoutineTable"));
-    void* place = table && isSound(table) ? RefHost::AllocateBlock(sizeof(MOD_File)) : nullptr;
-    if (!place) {
-        dlclose(object);
-        return nullptr;
+// The log tells whoever wonders where a plug-in has gone.
+void passOver(const std::string& path, const char* why) {
+    TRC_Log(5, "MOD", "Scan", ("passed over " + path + ": " + (why ? why : "not loadable")).c_str());
+}
+
+// `*out` stays null for a file that is no shared object or has no sound routine table: such a file is passed over,
+// and that is no failure. 0 or 4.
+RK_Long load(const std::string& path, MOD_File** out) {
+    *out = nullptr;
+    if (!RefHost::IsWholeSharedObject(path)) {
+        passOver(path, "no whole shared object of this program's kind");
+        return 0;
     }
-    return new (place) MOD_File{object, table, 1};
+    void* object = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!object) {
+        passOver(path, dlerror());
+        return 0;
+    }
+    RK_Long error = 0;
+    const auto* table = static_cast<const MOD_RoutineTable*>(dlsym(object, "MOD_G_RoutineTable"));
+    if (!table || !isSound(table))
+        passOver(path, table ? "its routine table is nonsense" : "it has no routine table");
+    else if (void* place = RefHost::AllocateBlock(sizeof(MOD_File)))
+        *out = new (place) MOD_File{object, table, 1};
+    else
+        error = 4;
+    if (!*out) dlclose(object);
+    return error;
 }
 
 void release(MOD_File* file) {
@@ -118,7 +151,8 @@ RK_Long scan(uint32_t type, void* refcon, MOD_FileFunc* per_file, MOD_EndOfScanF
     const std::string folder = pluginFolder();
     if (!folder.empty() && per_file) {
         for (const std::string& path : filesOfType(folder, type)) {
-            MOD_File* file = load(path);
+            MOD_File* file;
+            keepFirst(load(path, &file));
             if (!file) continue;
             keepFirst(per_file(refcon, file));
             release(file);

@@ -59,7 +59,7 @@ struct MOD_RoutineTable {
     const MOD_RoutineEntry* routines;
 };
 
-// Written once in a plug-in's source: exports the array of its routines.
+// Written once in a plug-in's source, with a semicolon: exports the array of its routines.
 #define MOD_EXPORT_ROUTINES(array)                               \
     extern "C" RK_API const MOD_RoutineTable MOD_G_RoutineTable; \
     const MOD_RoutineTable MOD_G_RoutineTable = {static_cast<int32_t>(sizeof(array) / sizeof((array)[0])), array}

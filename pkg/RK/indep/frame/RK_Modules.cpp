@@ -28,7 +28,7 @@ RK_Long reportForModule(RK_Long code, const char* text) {
     return RK_kOK;
 }
 
-// Module code is not ours: whatever it throws is its failure.
+// Module code is not ours: whatever it throws is its failure, a thrown 0 too.
 RK_Long callEntry(MOD_EntryFunc* entry, RK_Long selector) {
     RK_ModuleParams params = {2,           1,
                               reportForModule, nullptr,
@@ -36,8 +36,10 @@ RK_Long callEntry(MOD_EntryFunc* entry, RK_Long selector) {
                               std::calloc,     std::free,
                               std::malloc,     std::realloc,
                               std::exit,       RKp_G_OverFuncs};
+    RK_Long answer = RK_kBadParam;
     try {
-        return RKp_AtBorder([&] { return entry(selector, &params); });
+        const RK_Long error = RKp_AtBorder([&] { answer = entry(selector, &params); });
+        return error != RK_kOK ? error : answer;
     } catch (...) {
         return RK_kBadParam;
     }
