@@ -16,5 +16,7 @@ configure_package_config_file(cmake/RKConfig.cmake.in ${PROJECT_BINARY_DIR}/RKCo
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/RKConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/RKConfig.cmake ${PROJECT_BINARY_DIR}/RKConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/RK)
+# Told from where the file lies, so that the installed tree can be moved.
+file(RELATIVE_PATH RK_PREFIX_FROM_PC /x/${CMAKE_INSTALL_LIBDIR}/pkgconfig /x)
 configure_file(cmake/rk.pc.in ${PROJECT_BINARY_DIR}/rk.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/rk.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
