@@ -14,8 +14,15 @@ template <class P, bool has_matte>
 RK_Long RKp_CopyRow_Static(RK_Long count, const RK_BlendModeDescriptor<P>* plan,
                            const RK_LinearBlendingTables* tables, const P* src, const P* matte, P* out);
 
-// The vector forms of a depth, at the place of has_matte. Each gives the bytes of the default. Null: none. The row
-// of the mode takes one when the processor record, read at the call, has its flag.
+// The vector forms, at 8 bits and at float. Each gives the bytes of the default.
+template <class P, bool has_matte>
+RK_Long RKp_OverRow_SSSE3(RK_Long count, const RK_BlendModeDescriptor<P>* plan,
+                          const RK_LinearBlendingTables* tables, const P* src, const P* matte, P* out);
+template <class P, bool has_matte>
+RK_Long RKp_CopyRow_SSE2(RK_Long count, const RK_BlendModeDescriptor<P>* plan,
+                         const RK_LinearBlendingTables* tables, const P* src, const P* matte, P* out);
+
+// The vector forms of a depth, at the place of has_matte. Null: none. The row of the mode takes one when the processor record, read at the call, has its flag.
 template <class P>
 struct RKp_RowVariants {
     RK_RowFunc<P>* over_ssse3[2];
