@@ -108,7 +108,8 @@ RK_Long premulColour(RK_LayerDef* src, const P& colour, RK_Long forward, const G
         return RK_Iterate(nullptr, 0, 0, src, nullptr, &pass, row, &column);
     }
     const int32_t left = rect->left;
-    pass.width = std::min({rect->right - left, src->width - left, dst->width - left});
+    const int64_t to_edge = int64_t{std::min(src->width, dst->width)} - left;
+    pass.width = static_cast<int32_t>(std::max<int64_t>(0, std::min<int64_t>(rect->right - left, to_edge)));
     // The column beyond the last one that a rectangle can tell wraps, and is empty.
     const GEO_Rect column = {rect->top, rect->left, rect->bottom, static_cast<int16_t>(left + 1)};
     return RK_Iterate(nullptr, 0, 0, src, &column, &pass, row, dst);

@@ -37,8 +37,14 @@ struct Lanes8 {
 struct Lanes16 {
     using Pixel = RK_Pixel16;
     using Vector = __m128i;
-    static constexpr RK_Long kPixels = 2;
-    static Vector load(const Pixel* p) { return ::load(p); }
+    static constexpr RK_Long kPixels = 8;
+    // The alphas of pixels 0, 2, 4, 6, 1, 3, 5, 7.
+    static Vector load(const Pixel* p) {
+        const __m128i v01 = ::load(p), v23 = ::load(p + 2), v45 = ::load(p + 4), v67 = ::load(p + 6);
+        const __m128i even = _mm_unpacklo_epi32(_mm_unpacklo_epi16(v01, v23), _mm_unpacklo_epi16(v45, v67));
+        const __m128i odd = _mm_unpacklo_epi32(_mm_unpackhi_epi16(v01, v23), _mm_unpackhi_epi16(v45, v67));
+        return _mm_unpacklo_epi64(even, odd);
+    }
     static Vector opacity(uint16_t o) { return _mm_set1_epi16(static_cast<int16_t>(o)); }
     static bool isFull(uint16_t o) { return o == 32768; }
     // mul15, to the low 16 bits: product >> 15, one more when its low 15 bits and the term 16383 carry.
@@ -49,7 +55,13 @@ struct Lanes16 {
         return _mm_add_epi16(whole, _mm_srli_epi16(_mm_add_epi16(rest, _mm_set1_epi16(16383)), 15));
     }
     static Vector inv(Vector a) { return _mm_sub_epi16(_mm_set1_epi16(-32768), a); }
-    static void storeAlpha(Vector a, Pixel* p) { store(p, choose(_mm_set1_epi64x(0xFFFF), a, ::load(p))); }
+    static void storeAlpha(Vector a, Pixel* p) {
+        const __m128i mask = _mm_set1_epi64x(0xFFFF);
+        store(p, choose(mask, a, ::load(p)));
+        store(p + 2, choose(mask, _mm_srli_epi64(a, 16), ::load(p + 2)));
+        store(p + 4, choose(mask, _mm_srli_epi64(a, 32), ::load(p + 4)));
+        store(p + 6, choose(mask, _mm_srli_epi64(a, 48), ::load(p + 6)));
+    }
 };
 
 struct LanesFloat {
