@@ -1,0 +1,13 @@
+// The sub-commands: each takes the words after its name and returns an exit status, or throws a Failure.
+#ifndef TOOL_COMMAND_H
+#define TOOL_COMMAND_H
+
+#include <string>
+#include <vector>
+
+int RunComposite(const std::vector<std::string>& arguments);
+int RunModes(const std::vector<std::string>& arguments);
+int RunSlots(const std::vector<std::string>& arguments);
+int RunInfo(const std::vector<std::string>& arguments);
+
+#endif
