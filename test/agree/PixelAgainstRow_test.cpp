@@ -1,5 +1,5 @@
-// One pixel alone against the same pixel in a row through the pipeline: the same bytes at 8 and 16 bits for every
-// source alpha above 0.
+// One pixel alone against the same pixel in a row through the pipeline: the same bytes at 8 and 16 bits for
+// every source alpha above 0.
 #include "test/composite/ModeRows.h"
 
 using namespace test;
@@ -29,8 +29,9 @@ void compare(const ModeName& m, const std::vector<P>& s, const std::vector<P>& d
         if (sa == 0) continue;
         const P one = matte != nullptr ? alone(m.number, s[i], d[i], opacity, matte[i].alpha)
                                        : alone(m.number, s[i], d[i], opacity);
-        ASSERT_TRUE(sameBytes(one, row[i])) << m.name << ": " << text(s[i]) << " on " << text(d[i]) << " opacity "
-                                            << opacity << " alone " << text(one) << " row " << text(row[i]);
+        ASSERT_TRUE(sameBytes(one, row[i]))
+            << m.name << ": " << text(s[i]) << " on " << text(d[i]) << " opacity " << opacity << " alone "
+            << text(one) << " row " << text(row[i]);
     }
 }
 
@@ -75,7 +76,8 @@ TYPED_TEST(PixelAgainstRow, OverRandomPixelsOpacitiesAndMattes) {
 
 // Every source colour, destination colour and source alpha, on a destination alpha that wanders.
 TEST(PixelAgainstRow8, OverEverySourceColourDestinationColourAndSourceAlpha) {
-    for (const int32_t number : {RK_Xfer_Over, RK_Xfer_Add, RK_Xfer_SoftLight, RK_Xfer_Exclusion, RK_Xfer_VividLight}) {
+    for (const int32_t number :
+         {RK_Xfer_Over, RK_Xfer_Add, RK_Xfer_SoftLight, RK_Xfer_Exclusion, RK_Xfer_VividLight}) {
         RK_ModeInfo info;
         ASSERT_EQ(RK_GetModeInfo(number, &info), 0);
         for (int sa = 1; sa < 256; ++sa) {
@@ -88,7 +90,8 @@ TEST(PixelAgainstRow8, OverEverySourceColourDestinationColourAndSourceAlpha) {
                     d.push_back({uint8_t((sc * 7 + dc * 5 + sa * 3) & 255), uint8_t(dc),
                                  uint8_t(std::min(dc + 1, 255)), uint8_t(std::min(dc + 2, 255))});
                 }
-            ASSERT_NO_FATAL_FAILURE(compare<RK_Pixel8>({number, info.name, info.mode_class}, s, d, 255, nullptr));
+            ASSERT_NO_FATAL_FAILURE(
+                compare<RK_Pixel8>({number, info.name, info.mode_class}, s, d, 255, nullptr));
         }
     }
 }

@@ -22,8 +22,8 @@ constexpr RK_Channel<P> kFull = static_cast<RK_Channel<P>>(RKp_Depth<P>::kFull);
 template <class P>
 std::string text(const P& p) {
     char line[128];
-    std::snprintf(line, sizeof line, "(%.9g, %.9g, %.9g, %.9g)", double(p.alpha), double(p.red), double(p.green),
-                  double(p.blue));
+    std::snprintf(line, sizeof line, "(%.9g, %.9g, %.9g, %.9g)", double(p.alpha), double(p.red),
+                  double(p.green), double(p.blue));
     return line;
 }
 

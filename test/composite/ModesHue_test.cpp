@@ -25,7 +25,8 @@ TEST(Luma, OfWhiteIsFullAndItsRoundingTermCounts) {
             }
     EXPECT_GT(differs, 10000);
     EXPECT_EQ(D16::luma(16384, 0, 0), 4899);
-    EXPECT_EQ(RKp_Depth<RK_PixelFloat>::luma(0.1f, 0.7f, 0.3f), (0.1f * 0.299f + 0.7f * 0.587f) + 0.3f * 0.114f);
+    EXPECT_EQ(RKp_Depth<RK_PixelFloat>::luma(0.1f, 0.7f, 0.3f),
+              (0.1f * 0.299f + 0.7f * 0.587f) + 0.3f * 0.114f);
 }
 
 // ---- Setting the saturation -----------------------------------------------------------------------------
@@ -61,7 +62,8 @@ TEST(SetSaturation, SettlesTiesByTheOrderOfTests) {
     while (span * v / span == v) v += 0.01f;
     ASSERT_LT(v, 1.0f) << "no value whose quotient is rounded";
     const float divided = span * v / span;
-    Colour c = {0.3f, 0.3f, 0.1f};  // red and green tie: green smallest, red largest; then blue is below green
+    Colour c = {0.3f, 0.3f,
+                0.1f};  // red and green tie: green smallest, red largest; then blue is below green
     c.setSaturation(v);
     EXPECT_EQ(c.r, v);
     EXPECT_EQ(c.g, divided);
@@ -170,7 +172,8 @@ TEST(LumaChoosers, CompareRawPixelsAloneAndWhatBehindHasLeftOnARow) {
 
 TEST(LumaChoosers, ABrightColourUnderNoAlphaStillWins) {
     const RK_Pixel8 s = {255, 100, 100, 100}, bright = {0, 255, 255, 255};
-    // Behind leaves the source's colour; the source itself is not laid on top, which shows in the mix of a partial one.
+    // Behind leaves the source's colour; the source itself is not laid on top, which shows in the mix of a
+    // partial one.
     EXPECT_EQ(text(alone(RK_Xfer_LighterColour, s, bright)), text(s));
     const RK_Pixel8 half = {128, 100, 100, 100}, dim = {128, 255, 255, 255};
     const RK_Pixel8 behind = alone(RK_Xfer_Behind, half, dim);

@@ -10,7 +10,7 @@ using Eight = RK_Pixel8;
 using Sixteen = RK_Pixel16;
 using Float = RK_PixelFloat;
 
-constexpr int32_t kRegionModes[] = {RK_Xfer_Difference, RK_Xfer_Dodge,       RK_Xfer_Burn,
+constexpr int32_t kRegionModes[] = {RK_Xfer_Difference,  RK_Xfer_Dodge,      RK_Xfer_Burn,
                                     RK_Xfer_LinearDodge, RK_Xfer_LinearBurn, RK_Xfer_LinearLight,
                                     RK_Xfer_VividLight,  RK_Xfer_PinLight,   RK_Xfer_HardMix};
 
@@ -42,7 +42,8 @@ TEST(ThreeRegions, SumTheirProductsAsPrinted8) {
         const int sum = D::mul(150, dc) - D::mul(dc, o) + D::mul(100, sc) - D::mul(sc, o) + D::mul(f, o);
         return D::div(a, sum);
     };
-    const Eight expected = {uint8_t(a), uint8_t(v(200, 10, 190)), uint8_t(v(100, 250, 150)), uint8_t(v(50, 50, 0))};
+    const Eight expected = {uint8_t(a), uint8_t(v(200, 10, 190)), uint8_t(v(100, 250, 150)),
+                            uint8_t(v(50, 50, 0))};
     EXPECT_EQ(text(alone(RK_Xfer_Difference, s, d)), text(expected));
 }
 

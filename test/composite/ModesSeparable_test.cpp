@@ -70,7 +70,8 @@ TEST(Mix8, IsRightThroughTheWrappedProduct) {
             for (int a = 0; a < 256; a += 7) {
                 const uint32_t t = uint32_t(x - y) * uint32_t(a) + 128u;
                 ASSERT_EQ(D::lerp(y, x, a), uint8_t(uint32_t(y) + ((t + (t >> 8)) >> 8)));
-                ASSERT_LE(std::abs(D::lerp(y, x, a) - (y + (x - y) * a / 255.0)), 1.0) << y << " " << x << " " << a;
+                ASSERT_LE(std::abs(D::lerp(y, x, a) - (y + (x - y) * a / 255.0)), 1.0)
+                    << y << " " << x << " " << a;
             }
 }
 
@@ -88,7 +89,8 @@ TEST(Add, AtFloatPassesOverTheRange) {
     EXPECT_EQ(text(alone(RK_Xfer_Add, s, d)), "(1, 1.5, 2.5, -1)");
     // Mixed: (s * sa + d * da) / a, here a = 0.75.
     const RK_PixelFloat h = {0.5f, 1.0f, 0.0f, 0.5f}, e = {0.5f, 1.0f, 0.75f, 0.0f};
-    EXPECT_EQ(text(alone(RK_Xfer_Add, h, e)), text(RK_PixelFloat{0.75f, 1.0f / 0.75f, 0.375f / 0.75f, 0.25f / 0.75f}));
+    EXPECT_EQ(text(alone(RK_Xfer_Add, h, e)),
+              text(RK_PixelFloat{0.75f, 1.0f / 0.75f, 0.375f / 0.75f, 0.25f / 0.75f}));
 }
 
 TEST(Multiply, OfAClearDestinationIsTheSource) {

@@ -69,20 +69,24 @@ TEST(Behind, AsAModeWritesAlphaWhateverRgbOnlySays) {
 }
 
 TEST(PremulOver, NeverTestsTheSourceAlpha) {
-    EXPECT_EQ(text(alone(RK_Xfer_PremulOver, RK_Pixel8{0, 0, 0, 0}, RK_Pixel8{0, 10, 20, 30})), "(0, 255, 255, 255)");
+    EXPECT_EQ(text(alone(RK_Xfer_PremulOver, RK_Pixel8{0, 0, 0, 0}, RK_Pixel8{0, 10, 20, 30})),
+              "(0, 255, 255, 255)");
     EXPECT_EQ(text(composite(RK_Xfer_PremulOver, RK_Pixel8{0, 0, 0, 0}, RK_Pixel8{0, 10, 20, 30})),
               "(0, 255, 255, 255)");
     EXPECT_EQ(text(alone(RK_Xfer_PremulOver, RK_Pixel16{0, 0, 0, 0}, RK_Pixel16{0, 1, 2, 3})),
               "(0, 32768, 32768, 32768)");
-    EXPECT_EQ(text(alone(RK_Xfer_PremulOver, RK_PixelFloat{0, 0, 0, 0}, RK_PixelFloat{0, 1, 2, 3})), "(0, 1, 1, 1)");
+    EXPECT_EQ(text(alone(RK_Xfer_PremulOver, RK_PixelFloat{0, 0, 0, 0}, RK_PixelFloat{0, 1, 2, 3})),
+              "(0, 1, 1, 1)");
 }
 
 TEST(PremulOver, ScalesTheAlphaAndNeverTheColour) {
     const auto mode = blending<RK_Pixel8>(RK_Xfer_PremulOver, 0);
     // Alpha 0: all of the destination stays, and the colour is added whole, up to 255.
-    EXPECT_EQ(text(composite(mode, RK_Pixel8{255, 200, 10, 0}, RK_Pixel8{255, 100, 20, 30})), "(255, 255, 30, 30)");
-    EXPECT_EQ(text(alone(RK_Xfer_PremulOver, RK_PixelFloat{0.0f, 0.75f, 0, 0}, RK_PixelFloat{1.0f, 0.75f, 0, 0})),
-              "(1, 1.5, 0, 0)");
+    EXPECT_EQ(text(composite(mode, RK_Pixel8{255, 200, 10, 0}, RK_Pixel8{255, 100, 20, 30})),
+              "(255, 255, 30, 30)");
+    EXPECT_EQ(
+        text(alone(RK_Xfer_PremulOver, RK_PixelFloat{0.0f, 0.75f, 0, 0}, RK_PixelFloat{1.0f, 0.75f, 0, 0})),
+        "(1, 1.5, 0, 0)");
 }
 
 TEST(AlphaAdd, SumsTheAlphas) {
@@ -90,11 +94,14 @@ TEST(AlphaAdd, SumsTheAlphas) {
     EXPECT_EQ(RKp_Depth<RK_Pixel8>::unite(100, 100), 161);
     EXPECT_EQ(alone(RK_Xfer_AlphaAdd, RK_Pixel8{155, 1, 2, 3}, RK_Pixel8{100, 1, 2, 3}).alpha, 255);
     EXPECT_EQ(alone(RK_Xfer_AlphaAdd, RK_Pixel8{154, 1, 2, 3}, RK_Pixel8{100, 1, 2, 3}).alpha, 254);
-    EXPECT_EQ(text(alone(RK_Xfer_AlphaAdd, RK_PixelFloat{0.5f, 1.0f, 0.0f, 0.5f}, RK_PixelFloat{0.75f, 0.0f, 1.0f, 0.5f})),
+    EXPECT_EQ(text(alone(RK_Xfer_AlphaAdd, RK_PixelFloat{0.5f, 1.0f, 0.0f, 0.5f},
+                         RK_PixelFloat{0.75f, 0.0f, 1.0f, 0.5f})),
               "(1, 0.5, 0.5, 0.5)");
-    EXPECT_EQ(text(alone(RK_Xfer_AlphaAdd, RK_PixelFloat{0.25f, 1.0f, 0.0f, 0.5f}, RK_PixelFloat{0.25f, 0.0f, 1.0f, 0.5f})),
+    EXPECT_EQ(text(alone(RK_Xfer_AlphaAdd, RK_PixelFloat{0.25f, 1.0f, 0.0f, 0.5f},
+                         RK_PixelFloat{0.25f, 0.0f, 1.0f, 0.5f})),
               "(0.5, 0.5, 0.5, 0.5)");
-    EXPECT_EQ(text(alone(RK_Xfer_AlphaAdd, RK_Pixel16{32768, 1, 2, 3}, RK_Pixel16{20, 4, 5, 6})), "(32768, 1, 2, 3)");
+    EXPECT_EQ(text(alone(RK_Xfer_AlphaAdd, RK_Pixel16{32768, 1, 2, 3}, RK_Pixel16{20, 4, 5, 6})),
+              "(32768, 1, 2, 3)");
 }
 
 // ---- Replace and Copy -----------------------------------------------------------------------------------
@@ -145,7 +152,8 @@ TYPED_TEST(SpecialTest, MatteMixWithoutAMatteGives3AndNoReport) {
     const RK_BlendModeDescriptor<P> plan(mode, false, nullptr);
     const P s = {1, 1, 1, 1};
     P d = {1, 0, 1, 0};
-    for (bool matte : {false, true}) EXPECT_EQ(rowOf<P>(RK_Xfer_MatteMix, matte)(1, &plan, nullptr, &s, nullptr, &d), 3);
+    for (bool matte : {false, true})
+        EXPECT_EQ(rowOf<P>(RK_Xfer_MatteMix, matte)(1, &plan, nullptr, &s, nullptr, &d), 3);
     EXPECT_EQ(text(d), text(P{1, 0, 1, 0}));
     EXPECT_TRUE(RefHost::TakeReports().empty());
 }
@@ -172,11 +180,13 @@ TEST(MatteMix, WeighsByAlphaTimesMatte) {
                              uint8_t((100 * a2 + (S >> 1)) / S), 255}));
     const RK_Pixel16 s16 = {32768, 32768, 0, 20000}, d16 = {32768, 0, 32768, 20000}, m16 = {32767, 0, 0, 0};
     // Products beyond 32 bits.
-    EXPECT_EQ(text(composite(blending<RK_Pixel16>(RK_Xfer_MatteMix), s16, d16, &m16)), "(32768, 32767, 1, 20000)");
+    EXPECT_EQ(text(composite(blending<RK_Pixel16>(RK_Xfer_MatteMix), s16, d16, &m16)),
+              "(32768, 32767, 1, 20000)");
     const RK_PixelFloat sf = {0.5f, 1.0f, 0.0f, 2.0f}, df = {0.25f, 0.0f, 1.0f, 2.0f}, mf = {0.25f, 0, 0, 0};
     const float f1 = 0.5f * 0.25f, f2 = 0.75f * 0.25f;
-    EXPECT_EQ(text(composite(blending<RK_PixelFloat>(RK_Xfer_MatteMix), sf, df, &mf)),
-              text(RK_PixelFloat{f1 + f2, f1 / (f1 + f2), f2 / (f1 + f2), (2.0f * f1 + 2.0f * f2) / (f1 + f2)}));
+    EXPECT_EQ(
+        text(composite(blending<RK_PixelFloat>(RK_Xfer_MatteMix), sf, df, &mf)),
+        text(RK_PixelFloat{f1 + f2, f1 / (f1 + f2), f2 / (f1 + f2), (2.0f * f1 + 2.0f * f2) / (f1 + f2)}));
 }
 
 // ---- Dissolve -------------------------------------------------------------------------------------------
@@ -190,7 +200,8 @@ TYPED_TEST(SpecialTest, DissolveAloneDoesNothing) {
     }
 }
 
-// The row against the generator itself: full and clear draw nothing, and every pixel moves the seed on by one.
+// The row against the generator itself: full and clear draw nothing, and every pixel moves the seed on by
+// one.
 TYPED_TEST(SpecialTest, DissolveDrawsOnlyForPartialAlphas) {
     using P = TypeParam;
     Random r(7);
@@ -243,8 +254,8 @@ TEST(Dissolve, At8BitsAnAlphaOf1WinsOn0And1Alone) {
 
 TEST(Dissolve, At16BitsOneBelowFullAlwaysWins) {
     for (int32_t start = 1; start < 20000; ++start)
-        ASSERT_EQ(composite(blending<RK_Pixel16>(RK_Xfer_Dissolve, 32768, false, start), RK_Pixel16{32767, 9, 9, 9},
-                            RK_Pixel16{0, 0, 0, 0})
+        ASSERT_EQ(composite(blending<RK_Pixel16>(RK_Xfer_Dissolve, 32768, false, start),
+                            RK_Pixel16{32767, 9, 9, 9}, RK_Pixel16{0, 0, 0, 0})
                       .red,
                   9);
 }
@@ -278,7 +289,8 @@ TEST(Stencils, MultiplyAlphasAndLeaveColours) {
 
 TEST(Stencils, IgnoreRgbOnly) {
     const RK_Pixel8 s = {128, 255, 255, 255}, d = {255, 1, 2, 3};
-    for (int32_t mode : {RK_Xfer_StencilAlpha, RK_Xfer_StencilLuma, RK_Xfer_SilhouetteAlpha, RK_Xfer_SilhouetteLuma})
+    for (int32_t mode :
+         {RK_Xfer_StencilAlpha, RK_Xfer_StencilLuma, RK_Xfer_SilhouetteAlpha, RK_Xfer_SilhouetteLuma})
         EXPECT_NE(composite(blending<RK_Pixel8>(mode, 255, true), s, d).alpha, 255) << mode;
 }
 
@@ -295,12 +307,14 @@ TEST(Stencils, OfLumaGuardTheirAlphaAtFloat) {
     EXPECT_GT(stencil(1.0f, 1e-29f, 1.0f), 0.0f);
     EXPECT_EQ(stencil(1.0f, std::numeric_limits<float>::quiet_NaN(), 1.0f), 0.0f);
     const auto silhouette = [](float luma) {
-        return alone(RK_Xfer_SilhouetteLuma, RK_PixelFloat{1.0f, luma, luma, luma}, RK_PixelFloat{1, 1, 2, 3}).alpha;
+        return alone(RK_Xfer_SilhouetteLuma, RK_PixelFloat{1.0f, luma, luma, luma}, RK_PixelFloat{1, 1, 2, 3})
+            .alpha;
     };
     EXPECT_EQ(silhouette(2.0f), 0.0f);
     EXPECT_EQ(silhouette(-2.0f), 1.0f);
     // The alpha forms have no guard.
-    EXPECT_EQ(alone(RK_Xfer_StencilAlpha, RK_PixelFloat{2.0f, 0, 0, 0}, RK_PixelFloat{1, 0, 0, 0}).alpha, 2.0f);
+    EXPECT_EQ(alone(RK_Xfer_StencilAlpha, RK_PixelFloat{2.0f, 0, 0, 0}, RK_PixelFloat{1, 0, 0, 0}).alpha,
+              2.0f);
     EXPECT_EQ(rowPixel(blending<RK_PixelFloat>(RK_Xfer_StencilAlpha), RK_PixelFloat{2.0f, 0, 0, 0},
                        RK_PixelFloat{1, 0, 0, 0})
                   .alpha,

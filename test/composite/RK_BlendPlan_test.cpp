@@ -10,7 +10,8 @@ using namespace test;
 namespace {
 
 // A number too large for 32 bits, where long has more, whose low half is a mode.
-constexpr RK_Long kBeyond32 = sizeof(RK_Long) > 4 ? static_cast<RK_Long>((int64_t{1} << 32) + RK_Xfer_Over) : LONG_MAX;
+constexpr RK_Long kBeyond32 = sizeof(RK_Long) > 4 ? static_cast<RK_Long>((int64_t{1} << 32) + RK_Xfer_Over)
+                                                  : LONG_MAX;
 
 template <class P>
 struct PlanTest : ::testing::Test {};
@@ -39,7 +40,8 @@ TEST(TransferFlags, AreThoseOfTheModes) {
     EXPECT_EQ(RK_GetTransferFlags(25), 1);
     EXPECT_EQ(RK_GetTransferFlags(26), 0);
     // Modes -3 to 25, in order.
-    const int flags[] = {1, 0, 0, 1, 1, 1, 0, 1, 1, 1, 1, 0, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 1, 0, 0, 1};
+    const int flags[] = {1, 0, 0, 1, 1, 1, 0, 1, 1, 1, 1, 0, 1, 1, 1,
+                         1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 1, 0, 0, 1};
     for (int i = 0; i < 29; ++i) EXPECT_EQ(RK_GetTransferFlags(i - 3), flags[i]) << i - 3;
     for (int mode = 26; mode < 40; ++mode) EXPECT_EQ(RK_GetTransferFlags(mode), 0) << mode;
     for (RK_Long mode : {RK_Long{-4}, RK_Long{LONG_MIN}, RK_Long{LONG_MAX}, kBeyond32})
@@ -79,7 +81,9 @@ TEST(CompositeModePlus, StoresEachArgument) {
 TEST(CompositeModePlus, NeverTakesANumberBeyond32BitsForAMode) {
     if (sizeof(RK_Long) == 4) return;
     EXPECT_EQ(RK_CompositeModePlus(kBeyond32, 1.0f, nullptr, false, 0).xfer, RK_Xfer_None);
-    EXPECT_EQ(RK_CompositeModePlus(2, 1.0f, nullptr, false, static_cast<RK_Long>((int64_t{1} << 32) + 9)).rand_seed, 9);
+    EXPECT_EQ(
+        RK_CompositeModePlus(2, 1.0f, nullptr, false, static_cast<RK_Long>((int64_t{1} << 32) + 9)).rand_seed,
+        9);
 }
 
 TEST(CompositeModePlus, TakesThe16BitOpacityUnlessTheFieldsDisagree) {
@@ -145,7 +149,8 @@ TYPED_TEST(PlanTest, SetsFlagsAndScansByTheClass) {
         EXPECT_EQ(plan.guard_alpha, m.mode_class != RK_kModePlain) << m.name;
         const int pair = scans + 2 * (m.mode_class - RK_kModeWrapBlack);
         EXPECT_EQ(reinterpret_cast<void*>(plan.pre_scan), wrap ? RKp_G_OverFuncs[pair] : nullptr) << m.name;
-        EXPECT_EQ(reinterpret_cast<void*>(plan.post_scan), wrap ? RKp_G_OverFuncs[pair + 1] : nullptr) << m.name;
+        EXPECT_EQ(reinterpret_cast<void*>(plan.post_scan), wrap ? RKp_G_OverFuncs[pair + 1] : nullptr)
+            << m.name;
         EXPECT_EQ(reinterpret_cast<void*>(plan.alpha_merge), RKp_G_OverFuncs[scans + 6]) << m.name;
         EXPECT_EQ(plan.mode_func, rowOf<P>(m.number)) << m.name;
         EXPECT_EQ(plan.over_func, rowOf<P>(RK_Xfer_Behind)) << m.name;
@@ -156,8 +161,8 @@ TYPED_TEST(PlanTest, SetsFlagsAndScansByTheClass) {
 
 TYPED_TEST(PlanTest, HoldsEveryModeInItsClass) {
     using C = RK_ModeClass;
-    const C P = RK_kModePlain, G = RK_kModeGuard, O = RK_kModeOverFirst, B = RK_kModeWrapBlack, W = RK_kModeWrapWhite,
-            Y = RK_kModeWrapGrey, R = RK_kModeRefused;
+    const C P = RK_kModePlain, G = RK_kModeGuard, O = RK_kModeOverFirst, B = RK_kModeWrapBlack,
+            W = RK_kModeWrapWhite, Y = RK_kModeWrapGrey, R = RK_kModeRefused;
     const C classes[] = {P, P, R, P, P, G, P, B, W, B, Y, Y, Y, W, B, B, O, O, O, O,
                          P, P, P, P, G, G, B, W, B, G, G, G, G, G, G, G, G, G, O, O};
     for (int i = 0; i < 40; ++i) {
@@ -188,8 +193,8 @@ TYPED_TEST(PlanTest, ReadsItsFunctionsFromTheSlots) {
     using P = TypeParam;
     const int p = RKp_Depth<P>::kIndex;
     RKp_GetInnerBlendingFuncFunc<P>* const odd = [](RK_Long, RK_InnerBlendingFunc<P>* out) -> RK_Long {
-        out->func = [](RK_Long, const RK_BlendModeDescriptor<P>*, const RK_LinearBlendingTables*, const P*, const P*,
-                       P*) -> RK_Long { return 42; };
+        out->func = [](RK_Long, const RK_BlendModeDescriptor<P>*, const RK_LinearBlendingTables*, const P*,
+                       const P*, P*) -> RK_Long { return 42; };
         return RK_kOK;
     };
     const int slot_of_index[] = {94 + p, 100 + p, 97 + p, 103 + p};
@@ -210,8 +215,8 @@ TYPED_TEST(PlanTest, IsMadeByTheSlotOfPlans) {
     using P = TypeParam;
     void*& slot = RKp_G_OverFuncs[117 - RKp_Depth<P>::kIndex];
     void* const held = slot;
-    RKp_MakePlanFunc<P>* const own = [](RK_BlendModeDescriptor<P>* self, RK_BlendingMode<P>& mode, bool has_matte,
-                                        const RK_LinearBlendingTables* tables) {
+    RKp_MakePlanFunc<P>* const own = [](RK_BlendModeDescriptor<P>* self, RK_BlendingMode<P>& mode,
+                                        bool has_matte, const RK_LinearBlendingTables* tables) {
         RK_BlendModeDescriptor<P>::Make_S(self, mode, has_matte, tables);
         self->guard_alpha = 99;
     };
@@ -274,7 +279,8 @@ TYPED_TEST(PlanTest, LookupsStandInTheirSlots) {
 TYPED_TEST(PlanTest, LookupsRefuseWhatIsNoMode) {
     using P = TypeParam;
     RK_RowFunc<P>* const before = rowOf<P>(RK_Xfer_Over);
-    for (RK_Long mode : {RK_Long{-1}, RK_Long{-4}, RK_Long{37}, RK_Long{LONG_MIN}, RK_Long{LONG_MAX}, kBeyond32}) {
+    for (RK_Long mode :
+         {RK_Long{-1}, RK_Long{-4}, RK_Long{37}, RK_Long{LONG_MIN}, RK_Long{LONG_MAX}, kBeyond32}) {
         RK_InnerBlendingFunc<P> f = {before};
         EXPECT_EQ((RK_GetInnerBlendingFunc<P, false, false>(mode, &f)), 5) << mode;
         EXPECT_EQ((RK_GetInnerBlendingFunc<P, true, false>(mode, &f)), 5) << mode;
@@ -283,6 +289,8 @@ TYPED_TEST(PlanTest, LookupsRefuseWhatIsNoMode) {
         EXPECT_EQ(f.func, before);
         expectRefusedReport(4);
     }
+    EXPECT_EQ((RK_GetInnerBlendingFunc<P, false, false>(RK_Xfer_Over, nullptr)), 3);
+    EXPECT_TRUE(RefHost::TakeReports().empty());
 }
 
 TYPED_TEST(PlanTest, EveryRowFunctionDoesNothingForACountBelowOne) {

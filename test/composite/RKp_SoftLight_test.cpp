@@ -78,6 +78,7 @@ TEST(SoftLightLookup, AtFloatClampsAndInterpolates) {
     EXPECT_EQ(Curve::darker(2.0f), t.b[4096]);
     EXPECT_EQ(Curve::brighter(1.0f), t.a[4096]);
     EXPECT_EQ(Curve::brighter(0.5f), t.a[2048]);
-    EXPECT_EQ(Curve::brighter(0.99999994f), t.a[4095] + (t.a[4096] - t.a[4095]) * (0.99999994f * 4096.0f - 4095.0f));
+    EXPECT_EQ(Curve::brighter(0.99999994f),
+              t.a[4095] + (t.a[4096] - t.a[4095]) * (0.99999994f * 4096.0f - 4095.0f));
     EXPECT_EQ(Curve::darker(1.5f / 4096.0f), t.b[1] + (t.b[2] - t.b[1]) * 0.5f);
 }

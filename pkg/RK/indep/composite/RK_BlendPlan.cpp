@@ -37,8 +37,9 @@ int32_t modeNumber(RK_Long mode) {
 }  // namespace
 
 // Of a seed the low 32 bits count.
-RK_CompositeModePlus::RK_CompositeModePlus(RK_Long xfer_, float opacity_, const RK_LinearBlendingTables* tables_,
-                                           bool rgb_only_, RK_Long rand_seed_)
+RK_CompositeModePlus::RK_CompositeModePlus(RK_Long xfer_, float opacity_,
+                                           const RK_LinearBlendingTables* tables_, bool rgb_only_,
+                                           RK_Long rand_seed_)
     : xfer(modeNumber(xfer_)),
       rand_seed(static_cast<int32_t>(static_cast<uint32_t>(rand_seed_))),
       rgb_only(rgb_only_),
@@ -84,21 +85,23 @@ constexpr ClassPlan kClassPlans[] = {
 };
 static_assert(RK_kModeWrapGrey == sizeof kClassPlans / sizeof kClassPlans[0] - 1, "one line for each class");
 
-// The slots of each depth. The seven scans follow one another: premultiply and unmultiply by black, by white, by grey,
-// and the alpha merge.
+// The slots of each depth. The seven scans follow one another: premultiply and unmultiply by black, by white,
+// by grey, and the alpha merge.
 template <class P>
 struct Slots;
 template <>
 struct Slots<RK_Pixel8> {
     static constexpr int32_t kScans = RKp_kSlot_Premul_Black8, kMakePlan = RKp_kSlot_MakePlan8;
     static constexpr int32_t kRow = RKp_kSlot_GetRow8, kMatteRow = RKp_kSlot_GetMatteRow8;
-    static constexpr int32_t kLinearRow = RKp_kSlot_GetLinearRow8, kLinearMatteRow = RKp_kSlot_GetLinearMatteRow8;
+    static constexpr int32_t kLinearRow = RKp_kSlot_GetLinearRow8,
+                             kLinearMatteRow = RKp_kSlot_GetLinearMatteRow8;
 };
 template <>
 struct Slots<RK_Pixel16> {
     static constexpr int32_t kScans = RKp_kSlot_Premul_Black16, kMakePlan = RKp_kSlot_MakePlan16;
     static constexpr int32_t kRow = RKp_kSlot_GetRow16, kMatteRow = RKp_kSlot_GetMatteRow16;
-    static constexpr int32_t kLinearRow = RKp_kSlot_GetLinearRow16, kLinearMatteRow = RKp_kSlot_GetLinearMatteRow16;
+    static constexpr int32_t kLinearRow = RKp_kSlot_GetLinearRow16,
+                             kLinearMatteRow = RKp_kSlot_GetLinearMatteRow16;
 };
 template <>
 struct Slots<RK_PixelFloat> {
@@ -138,12 +141,13 @@ RK_BlendModeDescriptor<P>::RK_BlendModeDescriptor(RK_BlendingMode<P>& caller_mod
 }
 
 template <class P>
-void RK_BlendModeDescriptor<P>::Make_S(RK_BlendModeDescriptor* self, RK_BlendingMode<P>& caller_mode, bool has_matte,
-                                       const RK_LinearBlendingTables* linear_tables) {
+void RK_BlendModeDescriptor<P>::Make_S(RK_BlendModeDescriptor* self, RK_BlendingMode<P>& caller_mode,
+                                       bool has_matte, const RK_LinearBlendingTables* linear_tables) {
     self->mode = caller_mode;
     self->tables = linear_tables;
     RKp_GetInnerBlendingFuncFunc<P>* const find = lookup<P>(has_matte, linear_tables != nullptr);
-    if (find == nullptr) RKp_Throw(RKp_VERIFICATION("Something went wrong attempting get the blending function."));
+    if (find == nullptr)
+        RKp_Throw(RKp_VERIFICATION("Something went wrong attempting get the blending function."));
 
     RK_InnerBlendingFunc<P> row = {nullptr};
     const bool known = find(caller_mode.xfer, &row) == RK_kOK;
@@ -166,11 +170,11 @@ void RK_BlendModeDescriptor<P>::Make_S(RK_BlendModeDescriptor* self, RK_Blending
     self->alpha_merge = RKp_Slot<Slots<P>::kScans + 6>();
 }
 
-#define RKP_INSTANTIATE(P)                                                                                \
-    template RK_BlendingMode<P> RK_MakeBlendingMode<P>(const RK_CompositeModePlus&);                      \
-    template RK_BlendModeDescriptor<P>::RK_BlendModeDescriptor(RK_BlendingMode<P>&, bool,                 \
-                                                               const RK_LinearBlendingTables*);           \
-    template void RK_BlendModeDescriptor<P>::Make_S(RK_BlendModeDescriptor*, RK_BlendingMode<P>&, bool,   \
+#define RKP_INSTANTIATE(P)                                                                              \
+    template RK_BlendingMode<P> RK_MakeBlendingMode<P>(const RK_CompositeModePlus&);                    \
+    template RK_BlendModeDescriptor<P>::RK_BlendModeDescriptor(RK_BlendingMode<P>&, bool,               \
+                                                               const RK_LinearBlendingTables*);         \
+    template void RK_BlendModeDescriptor<P>::Make_S(RK_BlendModeDescriptor*, RK_BlendingMode<P>&, bool, \
                                                     const RK_LinearBlendingTables*)
 RKP_INSTANTIATE(RK_Pixel8);
 RKP_INSTANTIATE(RK_Pixel16);

@@ -152,7 +152,7 @@ struct RK_InnerBlendingFunc {
 };
 
 // Looks up a mode's row function. -1 and numbers outside -3..36: "unimplemented blending mode." is reported, the
-// result is 5 and `out` is not written.
+// result is 5 and `out` is not written. 3 for a null `out`.
 template <class P, bool has_matte, bool linear>
 RK_API RK_Long RK_GetInnerBlendingFunc(RK_Long mode, RK_InnerBlendingFunc<P>* out);
 

@@ -1,7 +1,8 @@
-// What the modes need of a depth beyond the arithmetic that everybody shares. Where a depth departs from the common
-// formula of a mode, the departure is a verb here.
+// What the modes need of a depth beyond the arithmetic that everybody shares. Where a depth departs from the
+// common formula of a mode, the departure is a verb here.
 //
-// Legend: s, d colours of source and destination; a, x divisor and dividend; W the full value, H the neutral grey.
+// Legend: s, d colours of source and destination; a, x divisor and dividend; W the full value, H the neutral
+// grey.
 #ifndef RKP_BLEND_DEPTH_H
 #define RKP_BLEND_DEPTH_H
 

@@ -9,8 +9,8 @@ constexpr const char* kInvalidTables = "Invalid tables for linearized blending";
 }  // namespace
 
 template <class P, bool has_matte>
-RK_Long RKp_RunLinearRow(int32_t, RK_Long count, const RK_BlendModeDescriptor<P>*, const RK_LinearBlendingTables*,
-                         const P*, const P*, P*) {
+RK_Long RKp_RunLinearRow(int32_t, RK_Long count, const RK_BlendModeDescriptor<P>*,
+                         const RK_LinearBlendingTables*, const P*, const P*, P*) {
     return count < 1 ? RK_kOK : RKp_VERIFICATION(kInvalidTables);
 }
 template <class P>
@@ -18,13 +18,13 @@ void RKp_RunLinearPixel(int32_t, const P*, const RK_LinearBlendingTables*, typen
     RKp_VERIFICATION(kInvalidTables);
 }
 
-#define RKP_INSTANTIATE(P)                                                                                     \
-    template RK_Long RKp_RunLinearRow<P, false>(int32_t, RK_Long, const RK_BlendModeDescriptor<P>*,            \
-                                                const RK_LinearBlendingTables*, const P*, const P*, P*);       \
-    template RK_Long RKp_RunLinearRow<P, true>(int32_t, RK_Long, const RK_BlendModeDescriptor<P>*,             \
-                                               const RK_LinearBlendingTables*, const P*, const P*, P*);        \
-    template void RKp_RunLinearPixel<P>(int32_t, const P*, const RK_LinearBlendingTables*, RKp_Depth<P>::Wide, \
-                                        P*)
+#define RKP_INSTANTIATE(P)                                                                               \
+    template RK_Long RKp_RunLinearRow<P, false>(int32_t, RK_Long, const RK_BlendModeDescriptor<P>*,      \
+                                                const RK_LinearBlendingTables*, const P*, const P*, P*); \
+    template RK_Long RKp_RunLinearRow<P, true>(int32_t, RK_Long, const RK_BlendModeDescriptor<P>*,       \
+                                               const RK_LinearBlendingTables*, const P*, const P*, P*);  \
+    template void RKp_RunLinearPixel<P>(int32_t, const P*, const RK_LinearBlendingTables*,               \
+                                        RKp_Depth<P>::Wide, P*)
 RKP_INSTANTIATE(RK_Pixel8);
 RKP_INSTANTIATE(RK_Pixel16);
 RKP_INSTANTIATE(RK_PixelFloat);

@@ -4,8 +4,8 @@
 
 #include "RK/indep/composite/RKp_Modes.h"
 
-// What every wrapper of a depth does for the mode: `mode` names the plain row function to run inside. The curves
-// are not there yet: reports "Invalid tables for linearized blending", gives 3 and touches nothing.
+// What every wrapper of a depth does for the mode: `mode` names the plain row function to run inside. The
+// curves are not there yet: reports "Invalid tables for linearized blending", gives 3 and touches nothing.
 template <class P, bool has_matte>
 RK_Long RKp_RunLinearRow(int32_t mode, RK_Long count, const RK_BlendModeDescriptor<P>* plan,
                          const RK_LinearBlendingTables* tables, const P* src, const P* matte, P* out);
@@ -18,8 +18,8 @@ void RKp_RunLinearPixel(int32_t mode, const P* src, const RK_LinearBlendingTable
 template <class P, class Mode, int32_t mode>
 struct RKp_LinearRow {
     template <bool has_matte>
-    static RK_Long row(RK_Long count, const RK_BlendModeDescriptor<P>* plan, const RK_LinearBlendingTables* tables,
-                       const P* src, const P* matte, P* out) {
+    static RK_Long row(RK_Long count, const RK_BlendModeDescriptor<P>* plan,
+                       const RK_LinearBlendingTables* tables, const P* src, const P* matte, P* out) {
         return RKp_RunLinearRow<P, has_matte>(mode, count, plan, tables, src, matte, out);
     }
 };
@@ -28,7 +28,8 @@ struct RKp_LinearRow {
 template <>
 struct RKp_LinearRow<RK_Pixel8, RKp_ModeReplace<RK_Pixel8>, RK_Xfer_Replace> : RKp_ModeReplace<RK_Pixel8> {};
 template <>
-struct RKp_LinearRow<RK_Pixel16, RKp_ModeReplace<RK_Pixel16>, RK_Xfer_Replace> : RKp_ModeReplace<RK_Pixel16> {};
+struct RKp_LinearRow<RK_Pixel16, RKp_ModeReplace<RK_Pixel16>, RK_Xfer_Replace> : RKp_ModeReplace<RK_Pixel16> {
+};
 
 // Copy calls its plain body, without tables, at every depth.
 template <class P>

@@ -8,13 +8,16 @@
 
 #include "RK/indep/composite/RKp_Shapes.h"
 
-// A colour on its way to its clip: channels may leave the range. Integer channels are int32, divisions truncate.
+// A colour on its way to its clip: channels may leave the range. Integer channels are int32, divisions
+// truncate.
 template <class P>
 struct RKp_HueColour {
     RKP_MODE_NAMES(P);
     Wide r, g, b;
 
-    static RKp_HueColour of(const P& p) { return {D::lowered(p.red), D::lowered(p.green), D::lowered(p.blue)}; }
+    static RKp_HueColour of(const P& p) {
+        return {D::lowered(p.red), D::lowered(p.green), D::lowered(p.blue)};
+    }
     Wide luma() const { return D::luma(r, g, b); }
     Wide smallest() const { return std::min(std::min(r, g), b); }
     Wide largest() const { return std::max(std::max(r, g), b); }
@@ -26,8 +29,8 @@ struct RKp_HueColour {
         g = formula(g);
         b = formula(b);
     }
-    // Smallest to 0, largest to v, the middle in proportion. Red and green are compared first; blue takes an end
-    // only strictly beyond it.
+    // Smallest to 0, largest to v, the middle in proportion. Red and green are compared first; blue takes an
+    // end only strictly beyond it.
     void setSaturation(Wide v) {
         Wide *low = &g, *middle = &b, *high = &r;
         if (r < g) std::swap(low, high);
@@ -43,8 +46,8 @@ struct RKp_HueColour {
     void addLuma(Wide delta) {
         each([=](Wide c) { return c + delta; });
     }
-    // Pulls channels below 0 and above W back towards L; the high side measures what the low side has left. At the
-    // integer depths the divisors cannot be 0: L lies in 0..W.
+    // Pulls channels below 0 and above W back towards L; the high side measures what the low side has left.
+    // At the integer depths the divisors cannot be 0: L lies in 0..W.
     void clipAround(Wide L) {
         const Wide low = smallest(), below = L - low;
         if (low < 0 && below != 0) each([=](Wide c) { return L + (c - L) * L / below; });
@@ -53,7 +56,8 @@ struct RKp_HueColour {
     }
 };
 
-// Formula: target(S, D, L), the colour that D becomes under a full source; L, which is luma(D) at first, may be moved.
+// Formula: target(S, D, L), the colour that D becomes under a full source; L, which is luma(D) at first, may
+// be moved.
 template <class P, class Mode>
 struct RKp_HueFamily : RKp_OverFirst<P, Mode> {
     RKP_MODE_NAMES(P);
@@ -117,8 +121,8 @@ struct RKp_ModeLuminosity : RKp_HueFamily<P, RKp_ModeLuminosity<P>> {
     }
 };
 
-// Formula: takes(source luma, destination luma): the source's colour goes onto the destination. Kept: one pixel alone
-// compares the raw pixels, a row compares what the pass behind has left.
+// Formula: takes(source luma, destination luma): the source's colour goes onto the destination. Kept: one
+// pixel alone compares the raw pixels, a row compares what the pass behind has left.
 template <class P, class Mode>
 struct RKp_LumaChooser : RKp_OverFirst<P, Mode> {
     RKP_MODE_NAMES(P);
@@ -140,12 +144,16 @@ struct RKp_LumaChooser : RKp_OverFirst<P, Mode> {
 template <class P>
 struct RKp_ModeLighterColour : RKp_LumaChooser<P, RKp_ModeLighterColour<P>> {
     template <class Wide>
-    static bool takes(Wide source, Wide destination) { return source > destination; }
+    static bool takes(Wide source, Wide destination) {
+        return source > destination;
+    }
 };
 template <class P>
 struct RKp_ModeDarkerColour : RKp_LumaChooser<P, RKp_ModeDarkerColour<P>> {
     template <class Wide>
-    static bool takes(Wide source, Wide destination) { return source < destination; }
+    static bool takes(Wide source, Wide destination) {
+        return source < destination;
+    }
 };
 
 #endif

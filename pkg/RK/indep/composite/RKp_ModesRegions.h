@@ -1,5 +1,5 @@
-// The three-region modes: both(s, d) is the colour where source and destination overlap. The destination's colour
-// is its own, against no background.
+// The three-region modes: both(s, d) is the colour where source and destination overlap. The destination's
+// colour is its own, against no background.
 #ifndef RKP_MODES_REGIONS_H
 #define RKP_MODES_REGIONS_H
 
@@ -41,7 +41,8 @@ struct RKp_ModeLinearLight : RKp_ThreeRegions<P, RKp_ModeLinearLight<P>> {
     static Wide both(Wide s, Wide d) { return D::inRange(D::upperHalf(s) + d); }
 };
 
-// The ends of the source come first: black burns everything to 0, and full dodges everything, black too, to full.
+// The ends of the source come first: black burns everything to 0, and full dodges everything, black too, to
+// full.
 template <class P>
 struct RKp_ModeVividLight : RKp_ThreeRegions<P, RKp_ModeVividLight<P>> {
     RKP_MODE_NAMES(P);

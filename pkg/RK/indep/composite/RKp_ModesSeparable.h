@@ -1,5 +1,5 @@
-// The modes that blend each channel by itself against a neutral background. d stands for the destination's colour
-// on that background.
+// The modes that blend each channel by itself against a neutral background. d stands for the destination's
+// colour on that background.
 #ifndef RKP_MODES_SEPARABLE_H
 #define RKP_MODES_SEPARABLE_H
 

@@ -45,8 +45,8 @@ struct RKp_ModeOver {
         alone(s, sa, d);
     }
     template <bool has_matte>
-    static RK_Long row(RK_Long count, const RK_BlendModeDescriptor<P>* plan, const RK_LinearBlendingTables* tables,
-                       const P* src, const P* matte, P* out) {
+    static RK_Long row(RK_Long count, const RK_BlendModeDescriptor<P>* plan,
+                       const RK_LinearBlendingTables* tables, const P* src, const P* matte, P* out) {
         RK_RowFunc<P>* const vector = RKp_RowVariantsOf<P>().over_ssse3[has_matte];
         RK_RowFunc<P>* const body =
             vector != nullptr && KIT_G_CPU_DataP->has_ssse3 ? vector : &RKp_OverRow_Static<P, has_matte>;
@@ -60,8 +60,8 @@ struct RKp_OverScalar : RKp_PixelRow<P, RKp_OverScalar<P>> {
     static void onRow(const P& s, typename RKp_Depth<P>::Wide sa, P& d) { RKp_ModeOver<P>::onRow(s, sa, d); }
 };
 
-// The source's colour is premultiplied already. Kept: the source alpha is never tested, and the opacity scales it
-// but not the colour.
+// The source's colour is premultiplied already. Kept: the source alpha is never tested, and the opacity
+// scales it but not the colour.
 template <class P>
 struct RKp_ModePremulOver : RKp_SameOnRow<P, RKp_ModePremulOver<P>> {
     RKP_MODE_NAMES(P);
@@ -91,9 +91,8 @@ struct RKp_ModeAlphaAdd : RKp_SameOnRow<P, RKp_ModeAlphaAdd<P>> {
             RKp_EachColour(s, d, [=](Wide sc, Wide dc) { return D::mul(sc, sa) + D::mul(dc, D::inv(sa)); });
             RKp_SetAlpha(d, W);
         } else {
-            RKp_EachColour(s, d, [=](Wide sc, Wide dc) {
-                return D::div(b, D::keep(D::mul(sc, sa) + D::mul(dc, da)));
-            });
+            RKp_EachColour(
+                s, d, [=](Wide sc, Wide dc) { return D::div(b, D::keep(D::mul(sc, sa) + D::mul(dc, da))); });
             RKp_SetAlpha(d, b);
         }
     }
@@ -103,7 +102,8 @@ struct RKp_ModeAlphaAdd : RKp_SameOnRow<P, RKp_ModeAlphaAdd<P>> {
 
 // The row of both: the destination is never read. With rgb_only only colour is written.
 template <class P, bool has_matte>
-RK_Long RKp_CopyRow(RK_Long count, const RK_BlendModeDescriptor<P>* plan, const P* src, const P* matte, P* out) {
+RK_Long RKp_CopyRow(RK_Long count, const RK_BlendModeDescriptor<P>* plan, const P* src, const P* matte,
+                    P* out) {
     using Wide = typename RKp_Depth<P>::Wide;
     if (count < 1) return RK_kOK;
     if (plan->mode.rgb_only) {
@@ -140,8 +140,8 @@ struct RKp_ModeCopy {
         RKp_SetAlpha(d, sa);
     }
     template <bool has_matte>
-    static RK_Long row(RK_Long count, const RK_BlendModeDescriptor<P>* plan, const RK_LinearBlendingTables* tables,
-                       const P* src, const P* matte, P* out) {
+    static RK_Long row(RK_Long count, const RK_BlendModeDescriptor<P>* plan,
+                       const RK_LinearBlendingTables* tables, const P* src, const P* matte, P* out) {
         RK_RowFunc<P>* const vector = RKp_RowVariantsOf<P>().copy_sse2[has_matte];
         RK_RowFunc<P>* const body =
             vector != nullptr && KIT_G_CPU_DataP->has_sse2 ? vector : &RKp_CopyRow_Static<P, has_matte>;
@@ -185,8 +185,8 @@ inline void RKp_CrossFade(const RK_PixelFloat& s, float m, RK_PixelFloat& d) {
     d.alpha = sum;
 }
 
-// Needs the matte row, whatever variant was looked up: without one 3, and nothing is touched. Opacity and rgb_only
-// play no part.
+// Needs the matte row, whatever variant was looked up: without one 3, and nothing is touched. Opacity and
+// rgb_only play no part.
 template <class P>
 struct RKp_ModeMatteMix {
     static constexpr RK_ModeClass kClass = RK_kModePlain;
@@ -202,7 +202,8 @@ struct RKp_ModeMatteMix {
 
 // ---- Dissolve -------------------------------------------------------------------------------------------
 
-// Made on rows only. The seed is a row's own copy; every pixel moves it on by one, one that draws nothing too.
+// Made on rows only. The seed is a row's own copy; every pixel moves it on by one, one that draws nothing
+// too.
 template <class P>
 struct RKp_ModeDissolve {
     RKP_MODE_NAMES(P);

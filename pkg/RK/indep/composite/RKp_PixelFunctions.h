@@ -1,4 +1,5 @@
-// The functions for one pixel, and the tables of a depth made of them. RK_Pixels8.cpp and its kin instantiate them.
+// The functions for one pixel, and the tables of a depth made of them. RK_Pixels8.cpp and its kin instantiate
+// them.
 #ifndef RKP_PIXEL_FUNCTIONS_H
 #define RKP_PIXEL_FUNCTIONS_H
 
@@ -16,8 +17,8 @@ struct RKp_PixelFunctions {
     static void opacity(const P* src, const RK_LinearBlendingTables* tables, Channel opacity, P* dst) {
         body(*src, tables, scaled(src->alpha, opacity), *dst);
     }
-    static void opacity2(const P* src, const RK_LinearBlendingTables* tables, Channel opacity1, Channel opacity2,
-                         P* dst) {
+    static void opacity2(const P* src, const RK_LinearBlendingTables* tables, Channel opacity1,
+                         Channel opacity2, P* dst) {
         body(*src, tables, scaled(scaled(src->alpha, opacity1), opacity2), *dst);
     }
 

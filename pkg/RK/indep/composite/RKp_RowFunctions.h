@@ -23,11 +23,12 @@ typename RKp_Depth<P>::Wide RKp_RowAlpha(const P& src, RK_Channel<P> opacity, co
 template <class P, bool has_matte, bool scaled, class Step>
 void RKp_RowLoop(RK_Long count, RK_Channel<P> opacity, const P* src, const P* matte, P* out, Step&& step) {
     for (RK_Long i = 0; i < count; ++i)
-        step(src[i], RKp_RowAlpha<P, has_matte, scaled>(src[i], opacity, has_matte ? matte + i : nullptr), out[i]);
+        step(src[i], RKp_RowAlpha<P, has_matte, scaled>(src[i], opacity, has_matte ? matte + i : nullptr),
+             out[i]);
 }
 
-// Calls step(src, sa, out) for each pixel, in order; sa is not tested. The opacity is read once, and a full one has
-// its own loop.
+// Calls step(src, sa, out) for each pixel, in order; sa is not tested. The opacity is read once, and a full
+// one has its own loop.
 template <class P, bool has_matte, class Step>
 RK_Long RKp_ForRow(RK_Long count, const RK_BlendModeDescriptor<P>* plan, const P* src, const P* matte, P* out,
                    Step&& step) {

@@ -20,7 +20,8 @@ constexpr RK_RowFunc<P>* RKp_RowOf() {
 template <class P, bool has_matte, bool linear>
 struct RKp_RowTable {
     static constexpr RK_RowFunc<P>* kRows[RKp_kModeCount] = {
-#define RK_MODE(number, name, class_, flag, does) RKp_RowOf<P, RKp_Mode##name<P>, number, has_matte, linear>(),
+#define RK_MODE(number, name, class_, flag, does) \
+    RKp_RowOf<P, RKp_Mode##name<P>, number, has_matte, linear>(),
 #include "RK/indep/composite/RKp_Modes.def"
     };
 };
@@ -33,6 +34,7 @@ RK_Long RK_GetInnerBlendingFunc(RK_Long mode, RK_InnerBlendingFunc<P>* out) {
         KITp_ReportErrString(RK_kLocation, 8, RKp_Text(RK_kMsg_UnimplementedMode));
         return RK_kUnknownMode;
     }
+    if (out == nullptr) return RK_kBadParam;
     out->func = row;
     return RK_kOK;
 }
@@ -43,18 +45,18 @@ RK_Long RKp_OverRow_Static(RK_Long count, const RK_BlendModeDescriptor<P>* plan,
     return RKp_OverScalar<P>::template row<has_matte>(count, plan, tables, src, matte, out);
 }
 template <class P, bool has_matte>
-RK_Long RKp_CopyRow_Static(RK_Long count, const RK_BlendModeDescriptor<P>* plan, const RK_LinearBlendingTables*,
-                           const P* src, const P* matte, P* out) {
+RK_Long RKp_CopyRow_Static(RK_Long count, const RK_BlendModeDescriptor<P>* plan,
+                           const RK_LinearBlendingTables*, const P* src, const P* matte, P* out) {
     return RKp_CopyRow<P, has_matte>(count, plan, src, matte, out);
 }
 
-#define RKP_INSTANTIATE_ROWS_WITH(P, has_matte)                                                                   \
-    template RK_Long RK_GetInnerBlendingFunc<P, has_matte, false>(RK_Long, RK_InnerBlendingFunc<P>*);             \
-    template RK_Long RK_GetInnerBlendingFunc<P, has_matte, true>(RK_Long, RK_InnerBlendingFunc<P>*);              \
-    template RK_Long RKp_OverRow_Static<P, has_matte>(RK_Long, const RK_BlendModeDescriptor<P>*,                  \
-                                                      const RK_LinearBlendingTables*, const P*, const P*, P*);    \
-    template RK_Long RKp_CopyRow_Static<P, has_matte>(RK_Long, const RK_BlendModeDescriptor<P>*,                  \
-                                                      const RK_LinearBlendingTables*, const P*, const P*, P*)
+#define RKP_INSTANTIATE_ROWS_WITH(P, has_matte)                                                             \
+    template RK_Long RK_GetInnerBlendingFunc<P, has_matte, false>(RK_Long, RK_InnerBlendingFunc<P>*);       \
+    template RK_Long RK_GetInnerBlendingFunc<P, has_matte, true>(RK_Long, RK_InnerBlendingFunc<P>*);        \
+    template RK_Long RKp_OverRow_Static<P, has_matte>(                                                      \
+        RK_Long, const RK_BlendModeDescriptor<P>*, const RK_LinearBlendingTables*, const P*, const P*, P*); \
+    template RK_Long RKp_CopyRow_Static<P, has_matte>(                                                      \
+        RK_Long, const RK_BlendModeDescriptor<P>*, const RK_LinearBlendingTables*, const P*, const P*, P*)
 #define RKP_INSTANTIATE_ROWS(P)          \
     RKP_INSTANTIATE_ROWS_WITH(P, false); \
     RKP_INSTANTIATE_ROWS_WITH(P, true)

@@ -4,9 +4,10 @@
 
 #include "RK/indep/composite/RK_Xfer.h"
 
-// The default bodies, always linked: what runs without a vector form, and what a vector form calls for the pixels
-// before and after its own. Copy's is also the row of Replace. `tables` is not read. Instantiated for every depth
-// in RK_Rows8.cpp and its kin, never elsewhere: a vector source must not emit them with its own instructions.
+// The default bodies, always linked: what runs without a vector form, and what a vector form calls for the
+// pixels before and after its own. Copy's is also the row of Replace. `tables` is not read. Instantiated for
+// every depth in RK_Rows8.cpp and its kin, never elsewhere: a vector source must not emit them with its own
+// instructions.
 template <class P, bool has_matte>
 RK_Long RKp_OverRow_Static(RK_Long count, const RK_BlendModeDescriptor<P>* plan,
                            const RK_LinearBlendingTables* tables, const P* src, const P* matte, P* out);
@@ -22,7 +23,8 @@ template <class P, bool has_matte>
 RK_Long RKp_CopyRow_SSE2(RK_Long count, const RK_BlendModeDescriptor<P>* plan,
                          const RK_LinearBlendingTables* tables, const P* src, const P* matte, P* out);
 
-// The vector forms of a depth, at the place of has_matte. Null: none. The row of the mode takes one when the processor record, read at the call, has its flag.
+// The vector forms of a depth, at the place of has_matte. Null: none. The row of the mode takes one when the
+// processor record, read at the call, has its flag.
 template <class P>
 struct RKp_RowVariants {
     RK_RowFunc<P>* over_ssse3[2];

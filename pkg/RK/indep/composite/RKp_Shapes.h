@@ -7,8 +7,8 @@
 //   alone(s, sa, d)    its arithmetic for one pixel alone, sa not 0 where kTestsClear
 // and its shape asks it for formulas over one colour channel (or more, where the shape says so).
 //
-// Legend: s, d colours of source and destination; sa, da their alphas, sa after opacity and matte; a the result's
-// alpha; W the full value, H the neutral grey.
+// Legend: s, d colours of source and destination; sa, da their alphas, sa after opacity and matte; a the
+// result's alpha; W the full value, H the neutral grey.
 #ifndef RKP_SHAPES_H
 #define RKP_SHAPES_H
 
@@ -16,8 +16,8 @@
 #include "RK/indep/composite/RKp_RowFunctions.h"
 
 // The names that a mode's formulas are written in.
-#define RKP_MODE_NAMES(P)         \
-    using D = RKp_BlendDepth<P>;  \
+#define RKP_MODE_NAMES(P)          \
+    using D = RKp_BlendDepth<P>;   \
     using Wide = typename D::Wide; \
     static constexpr Wide W = D::kFull, H = D::kGrey
 
@@ -90,8 +90,9 @@ struct RKp_Grey {
     }
 };
 
-// Formulas: opaque(s, d') for sa of W, mixed(s, d', sa) below, d' against the background. On a row the scans of the
-// pipeline go onto the background and off it, and its merge makes the alpha: the row function writes colour only.
+// Formulas: opaque(s, d') for sa of W, mixed(s, d', sa) below, d' against the background. On a row the scans
+// of the pipeline go onto the background and off it, and its merge makes the alpha: the row function writes
+// colour only.
 template <class P, class Background, class Mode>
 struct RKp_Wrap : RKp_PixelRow<P, Mode> {
     RKP_MODE_NAMES(P);
@@ -150,8 +151,8 @@ inline void RKp_LayBehind(const P& s, typename RKp_Depth<P>::Wide sa, P& d) {
     RKp_SetAlpha(d, a);
 }
 
-// Formula: onRow(s, sa, d), which changes the colour of the whole pixel d. On a row the pipeline has laid the source
-// behind already.
+// Formula: onRow(s, sa, d), which changes the colour of the whole pixel d. On a row the pipeline has laid the
+// source behind already.
 template <class P, class Mode>
 struct RKp_OverFirst : RKp_PixelRow<P, Mode> {
     static constexpr RK_ModeClass kClass = RK_kModeOverFirst;
@@ -163,7 +164,8 @@ struct RKp_OverFirst : RKp_PixelRow<P, Mode> {
 };
 
 // ---- Alpha only -----------------------------------------------------------------------------------------
-// Formula: alpha(s, sa, da), the alpha that the destination is left with. Its colour stays, and no wrapper runs.
+// Formula: alpha(s, sa, da), the alpha that the destination is left with. Its colour stays, and no wrapper
+// runs.
 template <class P, class Mode>
 struct RKp_AlphaOnly : RKp_SameOnRow<P, Mode> {
     static constexpr RK_ModeClass kClass = RK_kModePlain;

@@ -1,5 +1,5 @@
-// The curves of RK_Xfer_SoftLight: A(x) = (x > 0.25 ? sqrt(x) : ((16x - 12)x + 4)x) - x brightens, B(x) = x(1 - x)
-// darkens, for x of 0..1.
+// The curves of RK_Xfer_SoftLight: A(x) = (x > 0.25 ? sqrt(x) : ((16x - 12)x + 4)x) - x brightens, B(x) = x(1
+// - x) darkens, for x of 0..1.
 #ifndef RKP_SOFT_LIGHT_H
 #define RKP_SOFT_LIGHT_H
 
