@@ -1,4 +1,5 @@
-// The passes over whole worlds: Fill in both its paths, the Iterate family, a world's making, a record's wrap.
+// The passes over whole worlds: Fill in both its paths, the Iterate family, a world's making, a record's
+// wrap.
 #include "RK/indep/passes/RK_Fill.h"
 #include "RK/indep/passes/RK_Iterate.h"
 #include "RK/indep/world/RK_WorldXT.h"
@@ -45,9 +46,8 @@ void lookUp(benchmark::State& state) {
     RK_LayerDef src = source.record(), dst = target.record();
     uint8_t table[256];
     for (int i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(255 - i);
-    bench::measure(state, kWidth * kHeight, bytesOf(source), [&] {
-        RK_IterateLUT(nullptr, 0, 0, &src, nullptr, table, table, table, table, &dst);
-    });
+    bench::measure(state, kWidth * kHeight, bytesOf(source),
+                   [&] { RK_IterateLUT(nullptr, 0, 0, &src, nullptr, table, table, table, table, &dst); });
 }
 
 void wrap(benchmark::State& state) {

@@ -16,17 +16,21 @@ namespace test {
 inline std::string describe(const std::vector<RefHost::Report>& reports) {
     std::string all;
     for (const RefHost::Report& r : reports)
-        all += "  kind " + std::to_string(int(r.kind)) + " at " + std::to_string(r.location) + ": " + r.text + "\n";
+        all += "  kind " + std::to_string(int(r.kind)) + " at " + std::to_string(r.location) + ": " + r.text +
+               "\n";
     return all.empty() ? "  none\n" : all;
 }
 
 // Takes the reports; true when there is exactly this one.
-inline testing::AssertionResult onlyReport(RefHost::ReportKind kind, uint32_t location, const std::string& text) {
+inline testing::AssertionResult onlyReport(RefHost::ReportKind kind, uint32_t location,
+                                           const std::string& text) {
     const auto reports = RefHost::TakeReports();
-    if (reports.size() == 1 && reports[0].kind == kind && reports[0].location == location && reports[0].text == text)
+    if (reports.size() == 1 && reports[0].kind == kind && reports[0].location == location &&
+        reports[0].text == text)
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "expected kind " << int(kind) << " at " << location << ": " << text
-                                       << "\nreported:\n" << describe(reports);
+    return testing::AssertionFailure()
+           << "expected kind " << int(kind) << " at " << location << ": " << text << "\nreported:\n"
+           << describe(reports);
 }
 inline testing::AssertionResult onlyVerification(const std::string& text, uint32_t location = RK_kLocation) {
     return onlyReport(RefHost::ReportKind::Verification, location, text);
@@ -36,7 +40,8 @@ inline testing::AssertionResult onlyBadDepth(const std::string& text) {
 }
 // The text that the user sees for a bad parameter, from the family's site.
 inline testing::AssertionResult onlyBadParam(uint32_t site) {
-    return onlyReport(RefHost::ReportKind::Error, RK_kLocation | site, "bad parameter passed to effect callback");
+    return onlyReport(RefHost::ReportKind::Error, RK_kLocation | site,
+                      "bad parameter passed to effect callback");
 }
 inline testing::AssertionResult noReports() {
     const auto reports = RefHost::TakeReports();
@@ -71,11 +76,12 @@ class Tidy : public testing::Test {
     }
     testing::AssertionResult tidy() const {
         const RefHost::MemoryUse now = RefHost::Memory();
-        if (now.blocks == memory_.blocks && now.bytes == memory_.bytes && now.accounted == memory_.accounted &&
-            RKp_G_WorldCount == worlds_)
+        if (now.blocks == memory_.blocks && now.bytes == memory_.bytes &&
+            now.accounted == memory_.accounted && RKp_G_WorldCount == worlds_)
             return testing::AssertionSuccess();
-        return testing::AssertionFailure() << now.blocks - memory_.blocks << " blocks, " << now.bytes - memory_.bytes
-                                           << " bytes, " << RKp_G_WorldCount - worlds_ << " worlds left";
+        return testing::AssertionFailure()
+               << now.blocks - memory_.blocks << " blocks, " << now.bytes - memory_.bytes << " bytes, "
+               << RKp_G_WorldCount - worlds_ << " worlds left";
     }
     int32_t worldsMade() const { return RKp_G_WorldCount - worlds_; }
 

@@ -34,10 +34,11 @@ struct Pair {
 };
 template <class Pair>
 class FillPair : public test::Tidy {};
-using Pairs = testing::Types<Pair<RK_Pixel8, RK_Pixel8>, Pair<RK_Pixel8, RK_Pixel16>, Pair<RK_Pixel8, RK_PixelFloat>,
-                             Pair<RK_Pixel16, RK_Pixel8>, Pair<RK_Pixel16, RK_Pixel16>, Pair<RK_Pixel16, RK_PixelFloat>,
-                             Pair<RK_PixelFloat, RK_Pixel8>, Pair<RK_PixelFloat, RK_Pixel16>,
-                             Pair<RK_PixelFloat, RK_PixelFloat>>;
+using Pairs =
+    testing::Types<Pair<RK_Pixel8, RK_Pixel8>, Pair<RK_Pixel8, RK_Pixel16>, Pair<RK_Pixel8, RK_PixelFloat>,
+                   Pair<RK_Pixel16, RK_Pixel8>, Pair<RK_Pixel16, RK_Pixel16>, Pair<RK_Pixel16, RK_PixelFloat>,
+                   Pair<RK_PixelFloat, RK_Pixel8>, Pair<RK_PixelFloat, RK_Pixel16>,
+                   Pair<RK_PixelFloat, RK_PixelFloat>>;
 TYPED_TEST_SUITE(FillPair, Pairs);
 class Fill : public test::Tidy {};
 
@@ -51,8 +52,8 @@ bool covered(const GEO_Rect& r, int x, int y, int width, int height) {
 
 // Fills a random picture and looks at every pixel and every guard.
 template <class P, class Colour>
-void expectFill(const Colour* colour, const GEO_Rect* rect, const P& stored, int width, int height, int padding,
-                bool upside_down = false) {
+void expectFill(const Colour* colour, const GEO_Rect* rect, const P& stored, int width, int height,
+                int padding, bool upside_down = false) {
     test::Picture<P> picture(width, height, padding);
     picture.fillRandom(uint32_t(width * 31 + height));
     const test::Picture<P> before = picture;
@@ -67,7 +68,8 @@ void expectFill(const Colour* colour, const GEO_Rect* rect, const P& stored, int
         for (int x = 0; x < width; ++x) {
             const int row = upside_down ? height - 1 - y : y;
             const bool in = rect == nullptr || covered(*rect, x, y, width, height);
-            ASSERT_TRUE(test::sameBytes(picture.at(x, row), in ? stored : before.at(x, row))) << x << ", " << y;
+            ASSERT_TRUE(test::sameBytes(picture.at(x, row), in ? stored : before.at(x, row)))
+                << x << ", " << y;
         }
     EXPECT_TRUE(picture.guardsWhole());
 }
@@ -145,7 +147,8 @@ TEST_F(Fill, EightBitColoursWidenByTheExactDivisionAndTheDoubleProduct) {
         const auto to16 = [](int v) { return uint16_t((v * 32768 + 128) / 255); };
         const auto toFloat = [](int v) { return static_cast<float>(v * 0.00392156862745098); };
         expectFill(&colour, nullptr, RK_Pixel16{to16(c), to16(255 - c), to16(c / 2), to16(1)}, 1, 1, 0);
-        expectFill(&colour, nullptr, RK_PixelFloat{toFloat(c), toFloat(255 - c), toFloat(c / 2), toFloat(1)}, 1, 1, 0);
+        expectFill(&colour, nullptr, RK_PixelFloat{toFloat(c), toFloat(255 - c), toFloat(c / 2), toFloat(1)},
+                   1, 1, 0);
     }
 }
 
@@ -241,8 +244,8 @@ TYPED_TEST(FillPair, SizesThatHoldNoPixelWriteNothing) {
     const test::Picture<P> before = picture;
     const Colour colour = {1, 1, 1, 1};
     const GEO_Rect all = {-32768, -32768, 32767, 32767};
-    const std::pair<int32_t, int32_t> sizes[] = {{0, 3}, {3, 0}, {-1, 3}, {3, -1}, {INT32_MIN, INT32_MIN}, {0, 0},
-                                                 {-5, INT32_MAX}};
+    const std::pair<int32_t, int32_t> sizes[] = {
+        {0, 3}, {3, 0}, {-1, 3}, {3, -1}, {INT32_MIN, INT32_MIN}, {0, 0}, {-5, INT32_MAX}};
     for (const auto& [width, height] : sizes) {
         RK_LayerDef world = picture.record();
         world.width = width;

@@ -51,9 +51,9 @@ TEST_F(IterateLUT, EachChannelGoesThroughItsOwnTableInTheClippedArea) {
     test::Picture<RK_Pixel8> small(6, 9, 2), large(20, 20, 1);
     small.fillRandom(4);
     large.fillRandom(5);
-    const GEO_Rect rects[] = {{0, 0, 7, 13},  {1, 2, 3, 10}, {-4, -3, 2, 2}, {3, 8, 60, 70}, {0, 0, 0, 13}, {0, 6, 7, 13},
-                              {0, 7, 7, 13},  {0, 13, 7, 20}, {0, 14, 7, 20}, {3, 9, 5, 2},   {5, 3, 2, 9},
-                              {-32768, -32768, 32767, 32767}};
+    const GEO_Rect rects[] = {{0, 0, 7, 13},  {1, 2, 3, 10}, {-4, -3, 2, 2}, {3, 8, 60, 70},
+                              {0, 0, 0, 13},  {0, 6, 7, 13}, {0, 7, 7, 13},  {0, 13, 7, 20},
+                              {0, 14, 7, 20}, {3, 9, 5, 2},  {5, 3, 2, 9},   {-32768, -32768, 32767, 32767}};
     for (test::Picture<RK_Pixel8>* source : {static_cast<test::Picture<RK_Pixel8>*>(nullptr), &small, &large})
         for (int i = -1; i < int(std::size(rects)); ++i) {
             const GEO_Rect* rect = i < 0 ? nullptr : &rects[i];
@@ -64,7 +64,8 @@ TEST_F(IterateLUT, EachChannelGoesThroughItsOwnTableInTheClippedArea) {
             ASSERT_EQ(apply(luts, source ? &s : nullptr, rect, &d), 0);
             for (int y = 0; y < 7; ++y)
                 for (int x = 0; x < 13; ++x) {
-                    bool in = rect == nullptr || (x >= rect->left && x < rect->right && y >= rect->top && y < rect->bottom);
+                    bool in = rect == nullptr ||
+                              (x >= rect->left && x < rect->right && y >= rect->top && y < rect->bottom);
                     if (source) in = in && x < source->width() && y < source->height();
                     const RK_Pixel8 was = before.at(x, y);
                     const RK_Pixel8 want = !in ? was : lookedUp(luts, source ? source->at(x, y) : was);
@@ -84,7 +85,8 @@ TEST_F(IterateLUT, ANullTableChangesNothing) {
         RK_LayerDef d = dst.record();
         ASSERT_EQ(RK_IterateLUT(nullptr, 0, 0, nullptr, nullptr, given & 1 ? luts.a : nullptr,
                                 given & 2 ? luts.r : nullptr, given & 4 ? luts.g : nullptr,
-                                given & 8 ? luts.b : nullptr, &d), 0);
+                                given & 8 ? luts.b : nullptr, &d),
+                  0);
         for (int i = 0; i < 256; ++i) {
             const RK_Pixel8 p = dst.at(i % 16, i / 16);
             EXPECT_EQ(p.alpha, given & 1 ? luts.a[i] : uint8_t(i));
@@ -129,9 +131,9 @@ TEST_F(IterateLUT, NullWorldsAndBit0AreBadParameters) {
     RK_LayerDef good = dst.record(), empty = good, deep = good;
     empty.data = nullptr;
     deep.world_flags = 0x00000001u;
-    const std::pair<RK_LayerDef*, RK_LayerDef*> bad[] = {{&empty, &good}, {&good, nullptr}, {nullptr, nullptr},
-                                                         {nullptr, &empty}, {&good, &empty}, {&deep, &good},
-                                                         {&good, &deep},  {nullptr, &deep}};
+    const std::pair<RK_LayerDef*, RK_LayerDef*> bad[] = {
+        {&empty, &good}, {&good, nullptr}, {nullptr, nullptr}, {nullptr, &empty},
+        {&good, &empty}, {&deep, &good},   {&good, &deep},     {nullptr, &deep}};
     Rows rows;
     RK_EffectData effect = effectOf(rows);
     const GEO_Rect nothing = {0, 0, 0, 0};
@@ -187,7 +189,8 @@ TEST_F(IterateLUT, NonsenseSizesWriteNothing) {
     const Luts luts = randomLuts(8);
     test::Picture<RK_Pixel8> dst(4, 5);
     const test::Picture<RK_Pixel8> before = dst;
-    for (const auto& [width, height] : {std::pair<int32_t, int32_t>{INT32_MIN, 5}, {-1, 5}, {4, -1}, {0, 5}, {INT32_MAX, 0}}) {
+    for (const auto& [width, height] :
+         {std::pair<int32_t, int32_t>{INT32_MIN, 5}, {-1, 5}, {4, -1}, {0, 5}, {INT32_MAX, 0}}) {
         RK_LayerDef good = dst.record(), bad = good;
         bad.width = width;
         bad.height = height;

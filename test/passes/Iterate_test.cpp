@@ -59,12 +59,14 @@ struct Edges {
 };
 
 // False: the pass ends at once, without progress.
-bool areaOf(Form form, const RK_LayerDef* src, const GEO_Rect* rect, Point origin, const RK_LayerDef& dst, Edges& e) {
+bool areaOf(Form form, const RK_LayerDef* src, const GEO_Rect* rect, Point origin, const RK_LayerDef& dst,
+            Edges& e) {
     const bool limited = src != nullptr && form != Form::Unclipped;
     const int ox = form == Form::Iterate ? 0 : origin.h, oy = form == Form::Iterate ? 0 : origin.v;
     e = {0, 0, dst.width, dst.height};
     if (rect) {
-        if (rect->right < 1 || rect->left > dst.width || rect->bottom < 1 || rect->top > dst.height) return false;
+        if (rect->right < 1 || rect->left > dst.width || rect->bottom < 1 || rect->top > dst.height)
+            return false;
         if (limited && (rect->left > ox + src->width || rect->top > oy + src->height)) return false;
         e = {std::max<int>(rect->left, 0), std::max<int>(rect->top, 0), std::min<int>(rect->right, dst.width),
              std::min<int>(rect->bottom, dst.height)};
@@ -104,13 +106,16 @@ Log expectedLog(Form form, const RK_LayerDef* src, const GEO_Rect* rect, Point o
     return log;
 }
 
-RK_Long run(Form form, RK_EffectData* effect, RK_Long base, RK_Long final, RK_LayerDef* src, const GEO_Rect* rect,
-            const Point* origin, void* refcon, RK_PixelFunc* fn, RK_LayerDef* dst) {
+RK_Long run(Form form, RK_EffectData* effect, RK_Long base, RK_Long final, RK_LayerDef* src,
+            const GEO_Rect* rect, const Point* origin, void* refcon, RK_PixelFunc* fn, RK_LayerDef* dst) {
     switch (form) {
-        case Form::Iterate: return RK_Iterate(effect, base, final, src, rect, refcon, fn, dst);
-        case Form::Origin: return RK_IterateOrigin(effect, base, final, src, rect, origin, refcon, fn, dst);
+        case Form::Iterate:
+            return RK_Iterate(effect, base, final, src, rect, refcon, fn, dst);
+        case Form::Origin:
+            return RK_IterateOrigin(effect, base, final, src, rect, origin, refcon, fn, dst);
         default:
-            return RKp_Slot<RKp_kSlot_IterateOriginUnclipped>()(effect, base, final, src, rect, origin, refcon, fn, dst);
+            return RKp_Slot<RKp_kSlot_IterateOriginUnclipped>()(effect, base, final, src, rect, origin,
+                                                                refcon, fn, dst);
     }
 }
 
@@ -123,10 +128,11 @@ using Depths = testing::Types<RK_Pixel8, RK_Pixel16, RK_PixelFloat>;
 TYPED_TEST_SUITE(IteratePass, Depths);
 class Iterate : public test::Tidy {};
 
-// Runs a pass and compares its calls and reports with what it owes. Where zeros are owed the address is the pass's own.
+// Runs a pass and compares its calls and reports with what it owes. Where zeros are owed the address is the
+// pass's own.
 template <class P>
-void expectPass(Form form, RK_LayerDef* src, const GEO_Rect* rect, const Point* origin, RK_LayerDef& dst, RK_Long base,
-                RK_Long final) {
+void expectPass(Form form, RK_LayerDef* src, const GEO_Rect* rect, const Point* origin, RK_LayerDef& dst,
+                RK_Long base, RK_Long final) {
     Log log;
     RK_EffectData effect = effectOf(log);
     ASSERT_EQ(run(form, &effect, base, final, src, rect, origin, &log, pixelCall, &dst), 0);
@@ -141,11 +147,29 @@ void expectPass(Form form, RK_LayerDef* src, const GEO_Rect* rect, const Point* 
     ASSERT_EQ(log.progress, owed.progress);
 }
 
-const GEO_Rect kRects[] = {{0, 0, 5, 11},     {1, 2, 3, 10},   {-4, -3, 2, 2}, {3, 8, 60, 70}, {0, 0, 0, 11},
-                           {0, 0, 5, 0},      {0, 11, 5, 20},  {0, 12, 5, 20}, {5, 0, 9, 11},  {6, 0, 9, 11},
-                           {3, 3, 2, 9},      {1, 9, 4, 3},    {2, 4, 2, 4},   {0, 0, 1, 1},   {-9, 0, 0, 11},
-                           {0, -9, 5, -1},    {0, 7, 5, 11},   {0, 8, 5, 11},  {0, 9, 5, 11},  {4, 0, 5, 11},
-                           {-32768, -32768, 32767, 32767},     {32767, 32767, -32768, -32768}, {0, 2, 5, 3}};
+const GEO_Rect kRects[] = {{0, 0, 5, 11},
+                           {1, 2, 3, 10},
+                           {-4, -3, 2, 2},
+                           {3, 8, 60, 70},
+                           {0, 0, 0, 11},
+                           {0, 0, 5, 0},
+                           {0, 11, 5, 20},
+                           {0, 12, 5, 20},
+                           {5, 0, 9, 11},
+                           {6, 0, 9, 11},
+                           {3, 3, 2, 9},
+                           {1, 9, 4, 3},
+                           {2, 4, 2, 4},
+                           {0, 0, 1, 1},
+                           {-9, 0, 0, 11},
+                           {0, -9, 5, -1},
+                           {0, 7, 5, 11},
+                           {0, 8, 5, 11},
+                           {0, 9, 5, 11},
+                           {4, 0, 5, 11},
+                           {-32768, -32768, 32767, 32767},
+                           {32767, 32767, -32768, -32768},
+                           {0, 2, 5, 3}};
 
 }  // namespace
 
@@ -202,16 +226,19 @@ TYPED_TEST(IteratePass, RowsMayRunBackwards) {
 TYPED_TEST(IteratePass, RandomRectanglesAndPlacesAgreeWithPlainLoops) {
     using P = TypeParam;
     test::Random random(23);
-    test::Picture<P> pictures[] = {test::Picture<P>(9, 7, 1), test::Picture<P>(4, 12, 0), test::Picture<P>(17, 3, 2)};
+    test::Picture<P> pictures[] = {test::Picture<P>(9, 7, 1), test::Picture<P>(4, 12, 0),
+                                   test::Picture<P>(17, 3, 2)};
     const auto edge = [&] {
-        return static_cast<int16_t>(random.below(16) == 0 ? int(random.below(65536)) - 32768 : int(random.below(26)) - 6);
+        return static_cast<int16_t>(random.below(16) == 0 ? int(random.below(65536)) - 32768
+                                                          : int(random.below(26)) - 6);
     };
     for (int i = 0; i < 3000; ++i) {
         RK_LayerDef d = pictures[random.below(3)].record(), s = pictures[random.below(3)].record();
         const GEO_Rect rect = {edge(), edge(), edge(), edge()};
         const Point origin = {edge(), edge()};
-        expectPass<P>(kForms[random.below(3)], random.below(5) ? &s : nullptr, random.below(5) ? &rect : nullptr,
-                      random.below(5) ? &origin : nullptr, d, int(random.below(100)), int(random.below(3)));
+        expectPass<P>(kForms[random.below(3)], random.below(5) ? &s : nullptr,
+                      random.below(5) ? &rect : nullptr, random.below(5) ? &origin : nullptr, d,
+                      int(random.below(100)), int(random.below(3)));
     }
 }
 
@@ -236,7 +263,8 @@ TYPED_TEST(IteratePass, OutsideTheSourceThePixelIsZeroEvenAfterAFunctionWroteToI
     for (int y = 0; y < 4; ++y)
         for (int x = 0; x < 6; ++x) {
             const bool there = x >= 2 && x < 4 && y >= 1 && y < 3;
-            EXPECT_TRUE(test::sameBytes(dst.at(x, y), there ? before.at(x - 2, y - 1) : P{})) << x << ", " << y;
+            EXPECT_TRUE(test::sameBytes(dst.at(x, y), there ? before.at(x - 2, y - 1) : P{}))
+                << x << ", " << y;
         }
     EXPECT_TRUE(dst.guardsWhole());
 }
@@ -289,7 +317,8 @@ TEST_F(Iterate, TheFirstResultThatIsNotZeroEndsThePass) {
     RK_LayerDef d = dst.record();
     for (const Form form : kForms)
         for (size_t n = 0; n < 33; ++n)
-            for (const RK_Long answer : {RK_Long{1}, RK_Long{-1}, RK_Long{517}, std::numeric_limits<RK_Long>::min()}) {
+            for (const RK_Long answer :
+                 {RK_Long{1}, RK_Long{-1}, RK_Long{517}, std::numeric_limits<RK_Long>::min()}) {
                 Log log;
                 log.special_call = n;
                 log.call_answer = answer;
@@ -323,7 +352,8 @@ TEST_F(Iterate, AnotherProgressResultSurvivesOnlyFromTheLastRow) {
             log.special_report = row;
             log.report_answer = 42;
             RK_EffectData effect = effectOf(log);
-            EXPECT_EQ(run(form, &effect, 0, 5, nullptr, nullptr, nullptr, &log, pixelCall, &d), row == 4 ? 42 : 0);
+            EXPECT_EQ(run(form, &effect, 0, 5, nullptr, nullptr, nullptr, &log, pixelCall, &d),
+                      row == 4 ? 42 : 0);
             EXPECT_EQ(log.calls.size(), 15u);
         }
 }
@@ -365,7 +395,8 @@ TEST_F(Iterate, WideProgressNumbersAreNotCutToNothing) {
     Log log;
     RK_EffectData effect = effectOf(log);
     EXPECT_EQ(run(Form::Iterate, &effect, wide + 5, wide, nullptr, nullptr, nullptr, &log, pixelCall, &d), 0);
-    EXPECT_EQ(log.progress, (std::vector<Report>{{6, wide}})) << "the count wraps at 32 bits, the maximum stays";
+    EXPECT_EQ(log.progress, (std::vector<Report>{{6, wide}}))
+        << "the count wraps at 32 bits, the maximum stays";
 }
 
 TEST_F(Iterate, NoProgressIsCalledWithoutAMaximumARecordOrAFunction) {
@@ -389,7 +420,9 @@ RK_Long throwing(void* refcon, RK_Long, RK_Long, void*, void*) {
     if (refcon == nullptr) throw RK_Long{77};
     throw std::runtime_error("a pixel function failed");
 }
-RK_Long throwingPart(void* refcon, RK_Long, RK_Long, RK_Long) { return throwing(refcon, 0, 0, nullptr, nullptr); }
+RK_Long throwingPart(void* refcon, RK_Long, RK_Long, RK_Long) {
+    return throwing(refcon, 0, 0, nullptr, nullptr);
+}
 }  // namespace
 
 TEST_F(Iterate, WhatAFunctionThrowsBecomesTheResult) {
@@ -447,8 +480,10 @@ TEST_F(Iterate, UnequalDepthsAreRefusedBeforeAnyCall) {
                 if (i == k) continue;
                 Log log;
                 RK_EffectData effect = effectOf(log);
-                EXPECT_EQ(run(form, &effect, 0, 9, &worlds[i], &nothing, nullptr, &log, pixelCall, &worlds[k]), 3);
-                EXPECT_TRUE(test::onlyVerification("RK_Iterate requires source and dst worlds to be same depth"));
+                EXPECT_EQ(
+                    run(form, &effect, 0, 9, &worlds[i], &nothing, nullptr, &log, pixelCall, &worlds[k]), 3);
+                EXPECT_TRUE(
+                    test::onlyVerification("RK_Iterate requires source and dst worlds to be same depth"));
                 EXPECT_TRUE(log.calls.empty() && log.progress.empty());
             }
 }
@@ -465,9 +500,11 @@ TEST_F(Iterate, AnUnknownDepthIsRefusedAfterTheComparison) {
         Log log;
         EXPECT_EQ(run(form, nullptr, 0, 0, nullptr, &nothing, nullptr, &log, pixelCall, &odd.record), 3);
         EXPECT_TRUE(test::onlyBadDepth("Unknown world bitdepth in##CONDITIONNAME"));
-        EXPECT_EQ(run(form, nullptr, 0, 0, &other.record, &nothing, nullptr, &log, pixelCall, &odd.record), 3);
+        EXPECT_EQ(run(form, nullptr, 0, 0, &other.record, &nothing, nullptr, &log, pixelCall, &odd.record),
+                  3);
         EXPECT_TRUE(test::onlyBadDepth("Unknown world bitdepth in##CONDITIONNAME"));
-        EXPECT_EQ(run(form, nullptr, 0, 0, &different.record, nullptr, nullptr, &log, pixelCall, &odd.record), 3);
+        EXPECT_EQ(run(form, nullptr, 0, 0, &different.record, nullptr, nullptr, &log, pixelCall, &odd.record),
+                  3);
         EXPECT_TRUE(test::onlyVerification("RK_Iterate requires source and dst worlds to be same depth"));
         EXPECT_TRUE(log.calls.empty());
     }
@@ -478,7 +515,8 @@ TEST_F(Iterate, NonsenseSizesMakeNoCalls) {
     RK_LayerDef good = picture.record();
     const Point places[] = {{0, 0}, {-1, -1}, {1, 1}, {-32768, -32768}, {32767, 32767}};
     const GEO_Rect all = {-32768, -32768, 32767, 32767};
-    const std::pair<int32_t, int32_t> sizes[] = {{INT32_MIN, 4}, {-1, 4}, {0, 4}, {INT32_MIN, -1}, {INT32_MAX, 0}};
+    const std::pair<int32_t, int32_t> sizes[] = {
+        {INT32_MIN, 4}, {-1, 4}, {0, 4}, {INT32_MIN, -1}, {INT32_MAX, 0}};
     for (const auto& [width, height] : sizes) {
         RK_LayerDef bad = good;
         bad.width = width;
@@ -493,7 +531,8 @@ TEST_F(Iterate, NonsenseSizesMakeNoCalls) {
                 EXPECT_EQ(run(Form::Iterate, nullptr, 0, 0, &bad, rect, &origin, &log, pixelCall, &good), 0);
                 EXPECT_EQ(run(Form::Origin, nullptr, 0, 0, &bad, rect, &origin, &log, pixelCall, &good), 0);
                 EXPECT_TRUE(log.calls.empty());
-                EXPECT_EQ(run(Form::Unclipped, nullptr, 0, 0, &bad, rect, &origin, &log, pixelCall, &good), 0);
+                EXPECT_EQ(run(Form::Unclipped, nullptr, 0, 0, &bad, rect, &origin, &log, pixelCall, &good),
+                          0);
                 EXPECT_EQ(log.calls.size(), 16u) << "all outside the source";
             }
     }
@@ -553,7 +592,8 @@ TEST_F(Iterate, MinusOneIsOneUnitOfWorkForTheWhole) {
 
 TEST_F(Iterate, OtherCountsBelow1CallNothing) {
     Parts parts;
-    for (const RK_Long count : {RK_Long{0}, RK_Long{-2}, RK_Long{INT32_MIN}, std::numeric_limits<RK_Long>::min()})
+    for (const RK_Long count :
+         {RK_Long{0}, RK_Long{-2}, RK_Long{INT32_MIN}, std::numeric_limits<RK_Long>::min()})
         EXPECT_EQ(RK_IterateGeneric(count, &parts, part), 0);
     EXPECT_TRUE(parts.i.empty());
 }
@@ -580,12 +620,12 @@ RK_Long otherIterate(RK_EffectData*, RK_Long, RK_Long, RK_LayerDef*, const GEO_R
                      RK_LayerDef*) {
     return 91;
 }
-RK_Long otherOrigin(RK_EffectData*, RK_Long, RK_Long, RK_LayerDef*, const GEO_Rect*, const Point*, void*, RK_PixelFunc*,
-                    RK_LayerDef*) {
+RK_Long otherOrigin(RK_EffectData*, RK_Long, RK_Long, RK_LayerDef*, const GEO_Rect*, const Point*, void*,
+                    RK_PixelFunc*, RK_LayerDef*) {
     return 92;
 }
-RK_Long otherLUT(RK_EffectData*, RK_Long, RK_Long, RK_LayerDef*, const GEO_Rect*, const uint8_t*, const uint8_t*,
-                 const uint8_t*, const uint8_t*, RK_LayerDef*) {
+RK_Long otherLUT(RK_EffectData*, RK_Long, RK_Long, RK_LayerDef*, const GEO_Rect*, const uint8_t*,
+                 const uint8_t*, const uint8_t*, const uint8_t*, RK_LayerDef*) {
     return 93;
 }
 }  // namespace
@@ -601,7 +641,8 @@ TEST_F(Iterate, TheExportsCallWhateverTheirSlotsHold) {
     }
     EXPECT_EQ(RK_Iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr), 91);
     EXPECT_EQ(RK_IterateOrigin(nullptr, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 92);
-    EXPECT_EQ(RK_IterateLUT(nullptr, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 93);
+    EXPECT_EQ(RK_IterateLUT(nullptr, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+              93);
     EXPECT_EQ(RK_IterateGeneric(7, nullptr, nullptr), 12);
     for (int i = 0; i < 4; ++i) RK_SetOverrideFunc(slots[i], saved[i]);
 }

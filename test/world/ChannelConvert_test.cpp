@@ -8,7 +8,8 @@
 
 namespace {
 
-// The two float steps, told through double: a product or sum of two floats is exact there, and the cast rounds once.
+// The two float steps, told through double: a product or sum of two floats is exact there, and the cast
+// rounds once.
 float product(float x, float scale) { return static_cast<float>(double{x} * double{scale}); }
 float half(float v) { return static_cast<float>(double{v} + 0.5); }
 
@@ -160,7 +161,8 @@ TEST(ChannelConvert, PixelsKeepTheirChannelsApart) {
     EXPECT_TRUE(test::sameBytes(pf, expected_float));
     EXPECT_TRUE(test::sameBytes(RKp_ConvertPixel<RK_Pixel8>(p16), p8));
     EXPECT_TRUE(test::sameBytes(RKp_ConvertPixel<RK_Pixel8>(pf), p8));
-    const RK_PixelFloat wide = {RKp_16ToFloat(p16.alpha), RKp_16ToFloat(p16.red), RKp_16ToFloat(p16.green), 1.0f};
+    const RK_PixelFloat wide = {RKp_16ToFloat(p16.alpha), RKp_16ToFloat(p16.red), RKp_16ToFloat(p16.green),
+                                1.0f};
     EXPECT_TRUE(test::sameBytes(RKp_ConvertPixel<RK_PixelFloat>(p16), wide));
     EXPECT_TRUE(test::sameBytes(RKp_ConvertPixel<RK_Pixel16>(wide), p16));
 }

@@ -19,7 +19,8 @@ RK_LayerDef withFlags(uint32_t flags) {
 
 TEST_F(WorldDepth, AStandAloneRecordTellsByItsTopByte) {
     for (const uint32_t low : {0u, 1u, 0x00FFFFFFu}) {
-        const RK_LayerDef r8 = withFlags(low), r16 = withFlags(0x01000000u | low), r32 = withFlags(0x02000000u | low);
+        const RK_LayerDef r8 = withFlags(low), r16 = withFlags(0x01000000u | low),
+                          r32 = withFlags(0x02000000u | low);
         EXPECT_EQ(RKp_WorldDepth(&r8), 8);
         EXPECT_EQ(RKp_WorldDepth(&r16), 16);
         EXPECT_EQ(RKp_WorldDepth(&r32), 32);

@@ -17,12 +17,26 @@ TYPED_TEST_SUITE(WorldOps, Depths);
 class WorldOperation : public test::Tidy {};
 
 // Rectangles inside, across every edge, around, outside, empty and reversed, for a world of about 7 by 5.
-const GEO_Rect kRects[] = {
-    {0, 0, 5, 7},       {1, 2, 3, 5},    {-3, -2, 2, 3},          {3, 5, 9, 9},
-    {-9, -9, 20, 20},   {2, 2, 2, 5},    {2, 5, 4, 5},            {4, 2, 2, 5},
-    {2, 5, 4, 2},       {-9, 0, -1, 7},  {0, -9, 5, -1},          {6, 0, 9, 7},
-    {0, 8, 5, 9},       {0, 0, 5, 6},    {0, 1, 5, 7},            {-32768, -32768, 32767, 32767},
-    {5, 0, 6, 7},       {0, 7, 5, 8},    {32767, 32767, -32768, -32768}, {4, 0, 5, 7}};
+const GEO_Rect kRects[] = {{0, 0, 5, 7},
+                           {1, 2, 3, 5},
+                           {-3, -2, 2, 3},
+                           {3, 5, 9, 9},
+                           {-9, -9, 20, 20},
+                           {2, 2, 2, 5},
+                           {2, 5, 4, 5},
+                           {4, 2, 2, 5},
+                           {2, 5, 4, 2},
+                           {-9, 0, -1, 7},
+                           {0, -9, 5, -1},
+                           {6, 0, 9, 7},
+                           {0, 8, 5, 9},
+                           {0, 0, 5, 6},
+                           {0, 1, 5, 7},
+                           {-32768, -32768, 32767, 32767},
+                           {5, 0, 6, 7},
+                           {0, 7, 5, 8},
+                           {32767, 32767, -32768, -32768},
+                           {4, 0, 5, 7}};
 
 template <class P>
 bool inside(const GEO_Rect& r, int x, int y) {
@@ -73,12 +87,14 @@ TYPED_TEST(WorldOps, AClearWhoseRowsSpanRowbytesIsAsLongAsTheWholeWorld) {
     world.Clear(&first_row);
     for (int y = 0; y < 9; ++y)
         for (int x = 0; x < 4; ++x)
-            ASSERT_TRUE(test::sameBytes(picture.at(x, y), y < 4 ? P{} : grey)) << "the row asked for and all below it";
+            ASSERT_TRUE(test::sameBytes(picture.at(x, y), y < 4 ? P{} : grey))
+                << "the row asked for and all below it";
     picture.fill(grey);
     const GEO_Rect last_row = {3, 0, 4, 4};
     world.Clear(&last_row);
     for (int y = 0; y < 9; ++y)
-        ASSERT_TRUE(test::sameBytes(picture.at(0, y), y >= 3 && y < 7 ? P{} : grey)) << "four rows from the third on";
+        ASSERT_TRUE(test::sameBytes(picture.at(0, y), y >= 3 && y < 7 ? P{} : grey))
+            << "four rows from the third on";
     EXPECT_TRUE(picture.guardsWhole());
 }
 
@@ -87,7 +103,8 @@ TYPED_TEST(WorldOps, ClearExceptRectZeroesTheRest) {
     for (const int padding : {0, 2})
         for (const GEO_Rect& rect : kRects)
             expectOperation<P>([&](RK_World& world) { world.ClearExceptRect(rect); },
-                               [&](int x, int y, P was) { return inside<P>(rect, x, y) ? was : P{}; }, padding);
+                               [&](int x, int y, P was) { return inside<P>(rect, x, y) ? was : P{}; },
+                               padding);
 }
 
 // ---- Fill -----------------------------------------------------------------------------------------------
@@ -112,11 +129,12 @@ TYPED_TEST(WorldOps, FillStoresTheConvertedColour) {
 
 TYPED_TEST(WorldOps, FillAlphaStoresFullAlphaInTheWholeWorld) {
     using P = TypeParam;
-    expectOperation<P>([](RK_World& world) { world.FillAlpha(); },
-                       [](int, int, P was) {
-                           was.alpha = static_cast<decltype(P::alpha)>(sizeof(P) == 4 ? 255 : sizeof(P) == 8 ? 32768 : 1);
-                           return was;
-                       });
+    expectOperation<P>(
+        [](RK_World& world) { world.FillAlpha(); },
+        [](int, int, P was) {
+            was.alpha = static_cast<decltype(P::alpha)>(sizeof(P) == 4 ? 255 : sizeof(P) == 8 ? 32768 : 1);
+            return was;
+        });
 }
 
 TYPED_TEST(WorldOps, InvertAlphaStoresWhatIsMissingFromFull) {
@@ -233,8 +251,9 @@ TYPED_TEST(WorldOps, CopyRectCopiesWhatLiesInBothWorlds) {
     for (const GEO_Rect& rect : kRects)
         for (const int16_t h : places)
             for (const int16_t v : places)
-                expectOperation<P>([&](RK_World& world) { world.CopyRect(&from, rect, h, v); },
-                                   [&](int x, int y, P was) { return copied(source, rect, h, v, x, y, was); });
+                expectOperation<P>(
+                    [&](RK_World& world) { world.CopyRect(&from, rect, h, v); },
+                    [&](int x, int y, P was) { return copied(source, rect, h, v, x, y, was); });
     EXPECT_TRUE(source.guardsWhole());
 }
 
@@ -331,7 +350,8 @@ TYPED_TEST(WorldOps, AWorldWithoutPixelsIsLeftAlone) {
             world.Unmultiply();
         }
     };
-    const std::pair<int32_t, int32_t> sizes[] = {{0, 0}, {-1, 4}, {4, -1}, {INT32_MIN, INT32_MIN}, {0, INT32_MAX}};
+    const std::pair<int32_t, int32_t> sizes[] = {
+        {0, 0}, {-1, 4}, {4, -1}, {INT32_MIN, INT32_MIN}, {0, INT32_MAX}};
     for (const auto& [width, height] : sizes) {
         RK_LayerDef plain = good;
         plain.width = width;

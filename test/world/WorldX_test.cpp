@@ -18,7 +18,8 @@ uint8_t* bytesOf(const RK_World& world) { return static_cast<uint8_t*>(world.rec
 // The last pixel of the last row, and one past it.
 template <class P>
 uint8_t* pixelsEnd(const RK_World& world) {
-    return bytesOf(world) + (world.record.height - 1) * world.record.rowbytes + world.record.width * int(sizeof(P));
+    return bytesOf(world) + (world.record.height - 1) * world.record.rowbytes +
+           world.record.width * int(sizeof(P));
 }
 
 bool allBytes(const uint8_t* bytes, size_t count, uint8_t value) {
@@ -67,7 +68,14 @@ RK_Long makeAndDrop(RK_Long width, RK_Long height, RK_Long flags) {
 
 template <class P>
 void expectSizeLimits(RK_Long flags) {
-    const RK_Long bad[] = {0, -1, 30001, 32768, 65537, INT32_MIN, INT32_MAX, std::numeric_limits<RK_Long>::min(),
+    const RK_Long bad[] = {0,
+                           -1,
+                           30001,
+                           32768,
+                           65537,
+                           INT32_MIN,
+                           INT32_MAX,
+                           std::numeric_limits<RK_Long>::min(),
                            std::numeric_limits<RK_Long>::max()};
     for (const RK_Long size : bad) {
         EXPECT_EQ((makeAndDrop<P>(size, 1, flags)), 516) << size;
@@ -81,7 +89,8 @@ void expectSizeLimits(RK_Long flags) {
 
 }  // namespace
 
-static_assert(!std::is_copy_constructible_v<RK_WorldX<RK_Pixel8>> && !std::is_copy_assignable_v<RK_WorldX<RK_Pixel8>>,
+static_assert(!std::is_copy_constructible_v<RK_WorldX<RK_Pixel8>> &&
+                  !std::is_copy_assignable_v<RK_WorldX<RK_Pixel8>>,
               "two worlds would free one block");
 
 // ---- Heap worlds ----------------------------------------------------------------------------------------
@@ -144,7 +153,8 @@ TEST_F(WorldX, SizesReachFrom1To30000) {
 }
 
 TEST_F(WorldX, WithoutTheClearFlagOnlyTheGutterIsWritten) {
-    // The block of the world before, freed and taken again, is as good as any other content: nothing is promised.
+    // The block of the world before, freed and taken again, is as good as any other content: nothing is
+    // promised.
     const World world(RK_World::New(6, 3, 8, 2));
     EXPECT_TRUE(allBytes(pixelsEnd<RK_Pixel8>(*world), 32 - 4, 0x55));
 }
@@ -153,8 +163,9 @@ TEST_F(WorldX, TheLargestWorldsAreExactOrOutOfMemory) {
     // 30000 x 30000 float pixels need 14.4 GB: more than a 32-bit size can say.
     RefHost::FailAllocation(sizeof(void*) == 4 ? 0 : 2);
     EXPECT_EQ((makeAndDrop<RK_PixelFloat>(30000, 30000, 0)), 4);
-    EXPECT_TRUE(test::onlyReport(RefHost::ReportKind::WorldAllocation, 0,
-                                 "no memory for a world of 30000 x 30000 pixels, 128 bits each, 480000 bytes a row"));
+    EXPECT_TRUE(
+        test::onlyReport(RefHost::ReportKind::WorldAllocation, 0,
+                         "no memory for a world of 30000 x 30000 pixels, 128 bits each, 480000 bytes a row"));
 }
 
 // ---- Failure --------------------------------------------------------------------------------------------
@@ -344,7 +355,8 @@ TEST_F(WorldX, RowsAreFoundPastTwoGigabytesAndBackwards) {
     plain.data = reinterpret_cast<void*>(uintptr_t{4096});
     plain.rowbytes = 480000;
     const RK_WorldX<RK_PixelFloat> far_on(&plain, false);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(far_on.row(29999)), static_cast<uintptr_t>(4096 + 29999 * int64_t{480000}));
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(far_on.row(29999)),
+              static_cast<uintptr_t>(4096 + 29999 * int64_t{480000}));
     plain.rowbytes = -16;
     const RK_WorldX<RK_PixelFloat> upside_down(&plain, false);
     EXPECT_EQ(reinterpret_cast<uintptr_t>(upside_down.row(2)), 4096u - 32u);

@@ -20,8 +20,9 @@ const int16_t kDepths[] = {8, 16, 32};
 
 testing::AssertionResult sameRect(const GEO_Rect& a, const GEO_Rect& b) {
     if (test::sameBytes(a, b)) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << a.top << ", " << a.left << ", " << a.bottom << ", " << a.right << " is not "
-                                       << b.top << ", " << b.left << ", " << b.bottom << ", " << b.right;
+    return testing::AssertionFailure()
+           << a.top << ", " << a.left << ", " << a.bottom << ", " << a.right << " is not " << b.top << ", "
+           << b.left << ", " << b.bottom << ", " << b.right;
 }
 
 // What every reference has in common.
@@ -53,9 +54,12 @@ TEST_F(WorldTest, ARectanglesSizeMakesAWorldWithItsCornerAsOrigin) {
 
 TEST_F(WorldTest, ARectanglesSizeNeverWrapsIntoAnotherOne) {
     // Differences that are 5 modulo 2^32.
-    const GEO_LRect rects[] = {{INT32_MAX, 0, INT32_MIN + 4, 5}, {0, INT32_MAX, 5, INT32_MIN + 4},
-                               {INT32_MIN, 0, INT32_MAX, 5},     {5, 0, 0, 5},
-                               {0, 5, 5, 5},                     {0, 0, 30001, 5}};
+    const GEO_LRect rects[] = {{INT32_MAX, 0, INT32_MIN + 4, 5},
+                               {0, INT32_MAX, 5, INT32_MIN + 4},
+                               {INT32_MIN, 0, INT32_MAX, 5},
+                               {5, 0, 0, 5},
+                               {0, 5, 5, 5},
+                               {0, 0, 30001, 5}};
     for (const GEO_LRect& rect : rects) {
         EXPECT_EQ(test::thrownBy([&] { RK_World::New(rect, 8, 0); }), 516);
         EXPECT_TRUE(test::onlyReport(RefHost::ReportKind::Error, RK_kLocation | 1, "invalid parameter"));
@@ -90,7 +94,8 @@ TEST_F(WorldTest, AReferenceToABitmapKeepsItsHandle) {
         ASSERT_EQ(RAS_NewWorld(0, 0, 8, &bounds, depth * 4, 0, 0, &bitmap), 0);
         {
             const GEO_Rect* whole = nullptr;
-            for (const World& world : {World(RK_World::NewReference(bitmap)), World(RK_World::NewReference(bitmap, whole))}) {
+            for (const World& world :
+                 {World(RK_World::NewReference(bitmap)), World(RK_World::NewReference(bitmap, whole))}) {
                 expectBareReference(*world);
                 EXPECT_EQ(world->Depth(), depth);
                 EXPECT_EQ(world->GetRASWorld(), bitmap);
@@ -175,7 +180,8 @@ TEST_F(WorldTest, TheExtentIsCutByTheLow16BitsOfTheRectangle) {
     plain.width = plain.height = 200000;
     plain.extent = {0, 0, 100, 100};
     RK_WorldX<RK_Pixel8> source(&plain, false);
-    const World world(RK_World::NewReference(&source, GEO_LRect{65536 + 10, 131072 + 20, 65536 + 30, 131072 + 40}));
+    const World world(
+        RK_World::NewReference(&source, GEO_LRect{65536 + 10, 131072 + 20, 65536 + 30, 131072 + 40}));
     EXPECT_TRUE(sameRect(world->record.extent, {0, 0, 20, 20}));
     EXPECT_EQ(world->record.width, 20);
     // The extent's own edges wrap as 16-bit values do.
@@ -187,7 +193,8 @@ TEST_F(WorldTest, TheExtentIsCutByTheLow16BitsOfTheRectangle) {
 TEST_F(WorldTest, AReferenceTrustsItsRectangleWithoutOverflowing) {
     uint8_t pixel[4] = {};
     const World source(RK_World::NewReference(pixel, 1, 1, 8, INT32_MIN));
-    const World world(RK_World::NewReference(source.get(), GEO_LRect{INT32_MIN, INT32_MAX, INT32_MAX, INT32_MIN}));
+    const World world(
+        RK_World::NewReference(source.get(), GEO_LRect{INT32_MIN, INT32_MAX, INT32_MAX, INT32_MIN}));
     EXPECT_EQ(world->record.width, -1);
     EXPECT_EQ(world->record.height, 1);
     EXPECT_EQ(reinterpret_cast<uintptr_t>(world->record.data),
@@ -272,8 +279,10 @@ TEST_F(WorldTest, NumbersThatNoRecordHoldsAreRefused) {
     uint8_t pixels[64];
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(test::thrownBy([&] {
-                      RK_World::NewReference(pixels, i == 0 ? wide : 4, i == 1 ? wide : 4, 8, i == 2 ? wide : 16);
-                  }), 3);
+                      RK_World::NewReference(pixels, i == 0 ? wide : 4, i == 1 ? wide : 4, 8,
+                                             i == 2 ? wide : 16);
+                  }),
+                  3);
         EXPECT_TRUE(test::onlyVerification("Bad parameter to RK_World::NewReference()"));
     }
 }
@@ -341,7 +350,8 @@ TEST_F(WorldTest, AShrinkByTheWorldsOwnMovedExtentReadsItBeforeItChanges) {
 TEST_F(WorldTest, ARectangleOutsideTheWorldDoesNotShrinkIt) {
     const World world(RK_World::New(10, 8, 8, 0));
     const RK_LayerDef before = world->record;
-    const GEO_Rect bad[] = {{-1, 0, 8, 10}, {0, -1, 8, 10}, {0, 0, 9, 10}, {0, 0, 8, 11}, {0, -32768, 8, 32767}};
+    const GEO_Rect bad[] = {
+        {-1, 0, 8, 10}, {0, -1, 8, 10}, {0, 0, 9, 10}, {0, 0, 8, 11}, {0, -32768, 8, 32767}};
     for (const GEO_Rect& rect : bad) {
         EXPECT_EQ(test::thrownBy([&] { world->ShrinkToSubRect(rect); }), 3);
         EXPECT_TRUE(test::onlyVerification("bad sub rect in ShrinkToSubRect"));
@@ -452,7 +462,8 @@ TEST_F(WorldTest, RefersToTellsDepthRowbytesSizeAndPlaceApart) {
     };
     const World other = at(64, 4, 4, 8, 16);
     EXPECT_TRUE(at(64, 4, 4, 8, 16)->RefersTo(other.get()));
-    EXPECT_TRUE(at(64 + 63, 4, 4, 8, 16)->RefersTo(other.get())) << "a column past the row's end is not checked";
+    EXPECT_TRUE(at(64 + 63, 4, 4, 8, 16)->RefersTo(other.get()))
+        << "a column past the row's end is not checked";
     EXPECT_FALSE(at(64 + 64, 4, 4, 8, 16)->RefersTo(other.get())) << "one row below";
     EXPECT_FALSE(at(63, 4, 4, 8, 16)->RefersTo(other.get())) << "one byte before";
     EXPECT_FALSE(at(64, 2, 4, 16, 16)->RefersTo(other.get()));

@@ -5,8 +5,8 @@
 #include "RK/indep/frame/RK.h"
 #include "RK/indep/frame/RKp_Border.h"
 
-// A pass calls this at the head of each row with the rows done before it, from 0. Where the low six bits of that are
-// all set (63, 127, ...) it asks progress_func or, without one, abort_func; what is not 0 is thrown.
+// A pass calls this at the head of each row with the rows done before it, from 0. Where the low six bits of
+// that are all set (63, 127, ...) it asks progress_func or, without one, abort_func; what is not 0 is thrown.
 inline void RKp_CheckIn(const RK_ProgressInfo* progress, int32_t rows_done, int32_t total_rows) {
     if (progress == nullptr || (rows_done & 63) != 63) return;
     if (progress->progress_func != nullptr)

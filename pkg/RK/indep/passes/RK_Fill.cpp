@@ -28,8 +28,10 @@ struct Span {
 template <class P>
 void FillRows(const P& pixel, const GEO_Rect* rect, RK_LayerDef* record) {
     RK_WorldX<P> world(record, false);
-    const Span x = rect ? Span(rect->left, rect->right, world.width()) : Span(0, world.width(), world.width());
-    const Span y = rect ? Span(rect->top, rect->bottom, world.height()) : Span(0, world.height(), world.height());
+    const Span x =
+        rect ? Span(rect->left, rect->right, world.width()) : Span(0, world.width(), world.width());
+    const Span y =
+        rect ? Span(rect->top, rect->bottom, world.height()) : Span(0, world.height(), world.height());
     const int32_t count = x.end - x.first;
     if (count < 1) return;
     const bool zero = IsZero(pixel);

@@ -24,9 +24,11 @@ bool Unfit(const RK_LayerDef& world) { return world.data == nullptr || (world.wo
 }  // namespace
 
 RK_Long RK_IterateLUT_Static(RK_EffectData* effect_data, RK_Long progress_base, RK_Long progress_final,
-                             RK_LayerDef* src, const GEO_Rect* rect, const uint8_t* a_lut, const uint8_t* r_lut,
-                             const uint8_t* g_lut, const uint8_t* b_lut, RK_LayerDef* dst) {
-    if ((src != nullptr && Unfit(*src)) || dst == nullptr || Unfit(*dst)) return RKp_ReportBadParam(RKp_kSiteIterate);
+                             RK_LayerDef* src, const GEO_Rect* rect, const uint8_t* a_lut,
+                             const uint8_t* r_lut, const uint8_t* g_lut, const uint8_t* b_lut,
+                             RK_LayerDef* dst) {
+    if ((src != nullptr && Unfit(*src)) || dst == nullptr || Unfit(*dst))
+        return RKp_ReportBadParam(RKp_kSiteIterate);
 
     uint8_t identity[256];
     for (int32_t i = 0; i < 256; ++i) identity[i] = static_cast<uint8_t>(i);

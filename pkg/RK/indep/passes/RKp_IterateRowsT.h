@@ -14,17 +14,20 @@ struct RKp_IterateArea {
 
 // The source at its place in `dst`. Sums that no record of real pixels reaches stop at the ends of int32_t.
 inline RKp_IterateArea RKp_PlaceSource(const RK_LayerDef& src, Point origin) {
-    const auto end = [](int64_t edge) { return static_cast<int32_t>(std::clamp<int64_t>(edge, INT32_MIN, INT32_MAX)); };
+    const auto end = [](int64_t edge) {
+        return static_cast<int32_t>(std::clamp<int64_t>(edge, INT32_MIN, INT32_MAX));
+    };
     return {origin.h, origin.v, end(int64_t{origin.h} + src.width), end(int64_t{origin.v} + src.height)};
 }
 
-// False: the pass returns 0 at once. The four tests of the rectangle are not quite those for an empty area: an edge
-// equal to the size goes on. `source`, where it limits the pass too, is the placed source, else null.
+// False: the pass returns 0 at once. The four tests of the rectangle are not quite those for an empty area:
+// an edge equal to the size goes on. `source`, where it limits the pass too, is the placed source, else null.
 inline bool RKp_IterateClip(const GEO_Rect* rect, const RK_LayerDef& dst, const RKp_IterateArea* source,
                             RKp_IterateArea& area) {
     area = {0, 0, dst.width, dst.height};
     if (rect != nullptr) {
-        if (rect->right < 1 || rect->left > dst.width || rect->bottom < 1 || rect->top > dst.height) return false;
+        if (rect->right < 1 || rect->left > dst.width || rect->bottom < 1 || rect->top > dst.height)
+            return false;
         if (source != nullptr && (rect->left > source->right || rect->top > source->bottom)) return false;
         area = {std::max<int32_t>(rect->left, 0), std::max<int32_t>(rect->top, 0),
                 std::min<int32_t>(rect->right, dst.width), std::min<int32_t>(rect->bottom, dst.height)};
@@ -57,6 +60,8 @@ struct RKp_EffectProgress {
 };
 
 // Calls row(y, result), which gives false to end the pass with result, for each row, and progress after it.
+// Kept: a progress result other than 517 stands only until a pixel function's 0 takes its place, so that of
+// the last row alone comes back.
 template <class Row>
 RK_Long RKp_WalkRows(const RKp_IterateArea& area, const RKp_EffectProgress& progress, Row&& row) {
     RK_Long result = RK_kOK;

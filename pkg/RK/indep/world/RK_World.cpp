@@ -11,7 +11,8 @@
 #include "RK/indep/world/RK_WorldDepth.h"
 #include "RK/indep/world/RK_WorldXT.h"
 
-// The record follows the virtual table pointer, so that a world's address leads to it; the three fields follow it.
+// The record follows the virtual table pointer, so that a world's address leads to it; the three fields
+// follow it.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 RK_ASSERT_OFFSET(RK_World, record, 4, 8);
@@ -46,8 +47,8 @@ int64_t PixelOffset(const RK_LayerDef& record, int64_t left, int64_t top, RK_Lon
     return top * record.rowbytes + left * pixel_size;
 }
 
-// An extent as seen from the rectangle's corner. One that does not meet the rectangle is 0, 0, 0, 0, and is moved
-// all the same.
+// An extent as seen from the rectangle's corner. One that does not meet the rectangle is 0, 0, 0, 0, and is
+// moved all the same.
 GEO_Rect ExtentWithin(const GEO_Rect& extent, const GEO_Rect& rect) {
     GEO_Rect cut;
     GEO_SectRect(&extent, &rect, &cut);
@@ -80,8 +81,8 @@ RK_World* RK_World::New(RK_Long width, RK_Long height, int16_t depth, RK_Long fl
 }
 
 RK_World* RK_World::New(const GEO_LRect& rect, int16_t depth, RK_Long flags) {
-    RK_World* world = New(Saturated(int64_t{rect.right} - rect.left), Saturated(int64_t{rect.bottom} - rect.top),
-                          depth, flags);
+    RK_World* world = New(Saturated(int64_t{rect.right} - rect.left),
+                          Saturated(int64_t{rect.bottom} - rect.top), depth, flags);
     if (world != nullptr) {
         world->record.origin_x = rect.left;
         world->record.origin_y = rect.top;
@@ -96,7 +97,9 @@ RK_World* RK_World::NewMatchingWorld(const RK_World* other, RK_Long flags) {
 
 RK_World* RK_World::NewReference(RAS_World** bitmap) { return NewReference(bitmap, nullptr); }
 
-RK_World* RK_World::NewReference(RAS_World** bitmap, const GEO_Rect& rect) { return NewReference(bitmap, &rect); }
+RK_World* RK_World::NewReference(RAS_World** bitmap, const GEO_Rect& rect) {
+    return NewReference(bitmap, &rect);
+}
 
 RK_World* RK_World::NewReference(RAS_World** bitmap, const GEO_Rect* rect) {
     if (bitmap == nullptr || *bitmap == nullptr)
@@ -125,8 +128,10 @@ RK_World* RK_World::NewReference(RK_World* source, const GEO_LRect& rect) {
         if (same == nullptr) RKp_THROW_VERIFICATION("Unexpected bitdepth in RK_World::NewReference()");
         RK_LayerDef plain = same->record;
         plain.data = Moved(plain.data, PixelOffset(plain, rect.left, rect.top, source->PixelSize()));
-        plain.width = static_cast<int32_t>(static_cast<uint32_t>(rect.right) - static_cast<uint32_t>(rect.left));
-        plain.height = static_cast<int32_t>(static_cast<uint32_t>(rect.bottom) - static_cast<uint32_t>(rect.top));
+        plain.width =
+            static_cast<int32_t>(static_cast<uint32_t>(rect.right) - static_cast<uint32_t>(rect.left));
+        plain.height =
+            static_cast<int32_t>(static_cast<uint32_t>(rect.bottom) - static_cast<uint32_t>(rect.top));
         const GEO_Rect low = {Low16(rect.top), Low16(rect.left), Low16(rect.bottom), Low16(rect.right)};
         plain.extent = ExtentWithin(plain.extent, low);
         world = new KindOf<decltype(kind)>(&plain, false);
@@ -147,7 +152,8 @@ RK_World* RK_World::NewReference(RK_LayerDef* source) {
     return MakeReference(*source, depth);
 }
 
-RK_World* RK_World::NewReference(void* pixels, RK_Long width, RK_Long height, int16_t depth, RK_Long rowbytes) {
+RK_World* RK_World::NewReference(void* pixels, RK_Long width, RK_Long height, int16_t depth,
+                                 RK_Long rowbytes) {
     if (depth != 8 && depth != 16 && depth != 32) RKp_Throw(RK_kBadParam);
     if (!FitsInt32(width) || !FitsInt32(height) || !FitsInt32(rowbytes))
         RKp_THROW_VERIFICATION("Bad parameter to RK_World::NewReference()");
@@ -182,6 +188,7 @@ void RK_World::ReReference(RK_World* other, const GEO_Rect& sub_rect) {
     if (other->Depth() != Depth()) RKp_THROW_VERIFICATION("can't change bit depth in ReReference");
     if (!EdgesInside(rect, other->record)) RKp_THROW_VERIFICATION("bad sub rect in ReReference");
     if (other == this) RKp_THROW_VERIFICATION("can't ReReference self");
+    // Kept: the full size of the other, whatever the rectangle is.
     const RK_LayerDef& from = other->record;
     std::memset(&record, 0, sizeof record);
     record.width = from.width;

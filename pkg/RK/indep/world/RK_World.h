@@ -21,9 +21,9 @@ constexpr RK_Long RK_kWorldBitmap = 4;  // pixels live in a host bitmap
 constexpr int32_t RK_kWorldSizeLimit = 30000;  // a new world's width and height are each 1 up to this
 
 // Functions that make a world throw an RK_Long on failure: 516 for a size outside 1..30000 (reported), 4 for
-// memory (reported), 3 for an unknown depth, or what the host's bitmap calls return. They return null when the
-// object itself cannot be allocated. The other functions throw 3, after a report, for an argument that breaks
-// their promise; a null argument does so everywhere unless null is given a meaning.
+// memory (reported), 3 for an unknown depth, or what the host's bitmap calls return. They return null when
+// the object itself cannot be allocated. The other functions throw 3, after a report, for an argument that
+// breaks their promise; a null argument does so everywhere unless null is given a meaning.
 class RK_API RK_World : public RK_PixelContainerBase {
   public:
     RK_World(const RK_World&) = delete;
@@ -36,28 +36,29 @@ class RK_API RK_World : public RK_PixelContainerBase {
     // In the other's width, height and depth; the origin is not copied.
     static RK_World* NewMatchingWorld(const RK_World* other, RK_Long flags);
 
-    // References own nothing; what they refer to must outlive them. They throw 3 for an unknown depth, reported
-    // unless it is the caller's own number.
+    // References own nothing; what they refer to must outlive them. They throw 3 for an unknown depth,
+    // reported unless it is the caller's own number.
     static RK_World* NewReference(RAS_World** bitmap);
-    // To a part of a bitmap, without keeping its handle. Null is the whole bitmap, handle included. The rectangle is
-    // not checked: it must lie inside the bitmap.
+    // To a part of a bitmap, without keeping its handle. Null is the whole bitmap, handle included. The
+    // rectangle is not checked: it must lie inside the bitmap.
     static RK_World* NewReference(RAS_World** bitmap, const GEO_Rect* rect);
     static RK_World* NewReference(RAS_World** bitmap, const GEO_Rect& rect);
-    // To a part of another world. The rectangle is not checked: it must lie inside the source. The extent is cut by
-    // the low 16 bits of its edges.
+    // To a part of another world. The rectangle is not checked: it must lie inside the source. The extent is
+    // cut by the low 16 bits of its edges.
     static RK_World* NewReference(RK_World* source, const GEO_LRect& rect);
     static RK_World* NewReference(RK_World* source, const GEO_Rect& rect);
     static RK_World* NewReference(RK_LayerDef* source);
-    static RK_World* NewReference(void* pixels, RK_Long width, RK_Long height, int16_t depth, RK_Long rowbytes);
+    static RK_World* NewReference(void* pixels, RK_Long width, RK_Long height, int16_t depth,
+                                  RK_Long rowbytes);
 
     // ---- Virtual operations, in slot order -----------------------------------------------------------
     // True when the object owns no storage.
     virtual bool IsReference() const = 0;
-    // Rectangles are clipped to the world; null is the whole world, and one without area is none of it. A world
-    // with null data counts as one without pixels.
+    // Rectangles are clipped to the world; null is the whole world, and one without area is none of it. A
+    // world with null data counts as one without pixels.
 
-    // Zeroes the rectangle. When its rows span rowbytes it zeroes from its top row for the length of the whole
-    // world, so such a rectangle must begin at row 0.
+    // Zeroes the rectangle. When its rows span rowbytes it zeroes from its top row for the length of the
+    // whole world, so such a rectangle must begin at row 0.
     virtual void Clear(const GEO_Rect* rect) = 0;
     // Zeroes everything outside the rectangle.
     virtual void ClearExceptRect(const GEO_Rect& rect) = 0;
@@ -72,26 +73,26 @@ class RK_API RK_World : public RK_PixelContainerBase {
     virtual void Unmultiply() = 0;
     virtual void PremulColor(const RK_Pixel16& colour) = 0;
     virtual void UnmulColor(const RK_Pixel16& colour) = 0;
-    // Copies the part of src_rect that lies in the source and lands, moved to dest_h, dest_v, in this world. The
-    // depths must agree. A world may be copied within itself.
+    // Copies the part of src_rect that lies in the source and lands, moved to dest_h, dest_v, in this world.
+    // The depths must agree. A world may be copied within itself.
     virtual void CopyRect(const RK_World* src, const GEO_Rect& src_rect, int16_t dest_h, int16_t dest_v) = 0;
-    // True when something wrote past the last pixel of a heap world. A debugging aid; a bitmap world has no gutter
-    // to look at and gives false.
+    // True when something wrote past the last pixel of a heap world. A debugging aid; a bitmap world has no
+    // gutter to look at and gives false.
     virtual bool SubWorldSafetyGutterHasBeenOverWritten() const = 0;
-    // Makes this a world that owns nothing: its destructor leaves the pixels alone, and whoever took them frees
-    // the block that owned_pixels named before.
+    // Makes this a world that owns nothing: its destructor leaves the pixels alone, and whoever took them
+    // frees the block that owned_pixels named before.
     virtual void ReleaseOwnership() = 0;
 
     // ---- The rest ------------------------------------------------------------------------------------
-    // Cuts the world down to the rectangle, whose edges must each lie inside; the block stays owned as it is. Not
-    // for bitmap worlds.
+    // Cuts the world down to the rectangle, whose edges must each lie inside; the block stays owned as it is.
+    // Not for bitmap worlds.
     void ShrinkToSubRect(const GEO_Rect& rect);
-    // Makes this world, of the same depth, refer to the other from the rectangle's corner on. Kept: it takes the
-    // other's full width and height, so the caller must stay inside the other's pixels. A retargeted owner still
-    // frees its old pixels when it dies.
+    // Makes this world, of the same depth, refer to the other from the rectangle's corner on, in the other's
+    // full size: the caller stays inside the other's pixels. A retargeted owner still frees its old pixels
+    // when it dies.
     void ReReference(RK_World* other, const GEO_Rect& rect);
-    // True when this reference has the other's rowbytes and depth, is no larger, and begins in one of its rows. The
-    // column is not checked.
+    // True when this reference has the other's rowbytes and depth, is no larger, and begins in one of its
+    // rows. The column is not checked.
     bool RefersTo(const RK_World* other) const;
 
     // Fills a record that describes this world; null is ignored.

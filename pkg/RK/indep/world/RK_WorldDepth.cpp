@@ -28,7 +28,8 @@ int32_t RKp_WorldDepth(const RK_LayerDef* world) {
 }
 
 RK_Long RK_GetEffectWorldDepth(RK_EffectWorld* world, RK_Long* depth) {
-    if (world == nullptr || depth == nullptr) return RKp_VERIFICATION("Bad parameter to RK_GetEffectWorldDepth()");
+    if (world == nullptr || depth == nullptr)
+        return RKp_VERIFICATION("Bad parameter to RK_GetEffectWorldDepth()");
     *depth = RKp_WorldDepth(world);
     return RK_kOK;
 }

@@ -19,18 +19,20 @@ RK_API RK_Long RK_GetEffectWorldDepth(RK_EffectWorld* world, RK_Long* depth);
 // Bits per pixel divided by 4; a null bitmap is reported and gives 0.
 RK_API int16_t RK_DepthOfRASWorld(RAS_World** bitmap);
 
-// Stores the pixel format code. A null argument or an unknown depth is reported and gives 3; nothing is stored.
+// Stores the pixel format code. A null argument or an unknown depth is reported and gives 3; nothing is
+// stored.
 RK_API RK_Long RKp_GetPixelFormat(const RK_LayerDef* world, uint32_t* code);
 
-// Stores the depth of a pixel format code. An unknown code, or null, is reported and gives 3; nothing is stored.
+// Stores the depth of a pixel format code. An unknown code, or null, is reported and gives 3; nothing is
+// stored.
 RK_API RK_Long RKp_DepthOfPixelFormat(uint32_t code, int32_t* depth);
 
-// ORs the depth into world_flags, whose top byte and bit 0 the caller has cleared. An unknown depth is reported
-// and gives 3.
+// ORs the depth into world_flags, whose top byte and bit 0 the caller has cleared. An unknown depth is
+// reported and gives 3.
 RK_API RK_Long RKp_SetWorldDepth(RK_LayerDef* world, int32_t depth);
 
-// Fills a record from a bitmap of 32, 64 or 128 bits per pixel. Another, or a null argument, is reported and gives
-// 3, and the record stays untouched. The extent stays empty.
+// Fills a record from a bitmap of 32, 64 or 128 bits per pixel. Another, or a null argument, is reported and
+// gives 3, and the record stays untouched. The extent stays empty.
 RK_API RK_Long RK_EffectWorldFromRASWorld(RAS_World** bitmap, RK_EffectWorld* world);
 
 #endif

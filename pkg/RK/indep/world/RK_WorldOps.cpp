@@ -78,9 +78,10 @@ void RK_WorldX<P>::Clear(const GEO_Rect* rect) {
     const Area area = Clipped(record, rect);
     if (area.empty()) return;
     const int64_t pixel = sizeof(P);
-    // Kept: the span is as long as the whole world wherever it begins, so only a rectangle from row 0 may take it.
+    // Kept: the span is as long as the whole world wherever it begins.
     if ((area.right - area.left) * pixel == record.rowbytes)
-        std::memset(static_cast<void*>(row(area.top)), 0, static_cast<size_t>(record.width * pixel * record.height));
+        std::memset(static_cast<void*>(row(area.top)), 0,
+                    static_cast<size_t>(record.width * pixel * record.height));
     else
         Zero(*this, area);
 }
@@ -153,7 +154,8 @@ void RK_WorldX<P>::CopyRect(const RK_World* src, const GEO_Rect& src_rect, int16
                        std::min(there.right + dx, whole.right), std::min(there.bottom + dy, whole.bottom)};
     if (there.empty() || here.empty()) return;
 
-    // The row that is written first is never one that is still to be read: a world can be copied within itself.
+    // The row that is written first is never one that is still to be read: a world can be copied within
+    // itself.
     const auto source = [&](int32_t y) { return from.row(y - dy) + (here.left - dx); };
     const auto target = [&](int32_t y) { return row(y) + here.left; };
     const bool to_higher_address = std::less<const P*>()(source(here.top), target(here.top));
@@ -166,19 +168,19 @@ void RK_WorldX<P>::CopyRect(const RK_World* src, const GEO_Rect& src_rect, int16
     }
 }
 
-#define RKp_INSTANTIATE_OPERATIONS(P)                                                             \
-    template void RK_WorldX<P>::Clear(const GEO_Rect*);                                           \
-    template void RK_WorldX<P>::ClearExceptRect(const GEO_Rect&);                                 \
-    template void RK_WorldX<P>::Fill(const RK_PixelFloat&, const GEO_Rect*);                      \
-    template void RK_WorldX<P>::Fill(const RK_Pixel16&, const GEO_Rect*);                         \
-    template void RK_WorldX<P>::FillAlpha();                                                      \
-    template void RK_WorldX<P>::InvertAlpha();                                                    \
-    template void RK_WorldX<P>::Premultiply();                                                    \
-    template void RK_WorldX<P>::Unmultiply();                                                     \
-    template void RK_WorldX<P>::PremulColor(const RK_Pixel16&);                                   \
-    template void RK_WorldX<P>::UnmulColor(const RK_Pixel16&);                                    \
-    template void RK_WorldX<P>::CopyRect(const RK_World*, const GEO_Rect&, int16_t, int16_t);
+#define RKp_INSTANTIATE_OPERATIONS(P)                                        \
+    template void RK_WorldX<P>::Clear(const GEO_Rect*);                      \
+    template void RK_WorldX<P>::ClearExceptRect(const GEO_Rect&);            \
+    template void RK_WorldX<P>::Fill(const RK_PixelFloat&, const GEO_Rect*); \
+    template void RK_WorldX<P>::Fill(const RK_Pixel16&, const GEO_Rect*);    \
+    template void RK_WorldX<P>::FillAlpha();                                 \
+    template void RK_WorldX<P>::InvertAlpha();                               \
+    template void RK_WorldX<P>::Premultiply();                               \
+    template void RK_WorldX<P>::Unmultiply();                                \
+    template void RK_WorldX<P>::PremulColor(const RK_Pixel16&);              \
+    template void RK_WorldX<P>::UnmulColor(const RK_Pixel16&);               \
+    template void RK_WorldX<P>::CopyRect(const RK_World*, const GEO_Rect&, int16_t, int16_t)
 
-RKp_INSTANTIATE_OPERATIONS(RK_Pixel8)
-RKp_INSTANTIATE_OPERATIONS(RK_Pixel16)
-RKp_INSTANTIATE_OPERATIONS(RK_PixelFloat)
+RKp_INSTANTIATE_OPERATIONS(RK_Pixel8);
+RKp_INSTANTIATE_OPERATIONS(RK_Pixel16);
+RKp_INSTANTIATE_OPERATIONS(RK_PixelFloat);

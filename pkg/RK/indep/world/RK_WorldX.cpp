@@ -63,8 +63,9 @@ void RK_WorldX<P>::MakeHeapPixels(int32_t width, int32_t height) {
     const int64_t used = (height - 1) * rowbytes + width * pixel;
     const int64_t gutter = rowbytes - pixel;
     const uint64_t bytes = static_cast<uint64_t>(used + gutter + 8);
-    owned_pixels = bytes <= std::numeric_limits<size_t>::max() ? KIT_AllocatePtrQuiet(static_cast<size_t>(bytes))
-                                                               : nullptr;
+    owned_pixels = bytes <= std::numeric_limits<size_t>::max()
+                       ? KIT_AllocatePtrQuiet(static_cast<size_t>(bytes))
+                       : nullptr;
     if (owned_pixels == nullptr) {
         RAS_ReportWorldAllocationFailure(RK_kOutOfMemory, static_cast<int32_t>(rowbytes), width, height,
                                          static_cast<int32_t>(pixel * 8));

@@ -1,5 +1,5 @@
-// The concrete worlds, one per pixel type. On the stack they wrap a record; on the heap RK_World's functions make
-// them.
+// The concrete worlds, one per pixel type. On the stack they wrap a record; on the heap RK_World's functions
+// make them.
 #ifndef RK_WORLDXT_H
 #define RK_WORLDXT_H
 
@@ -16,9 +16,9 @@ class RK_API RK_WorldX final : public RK_World {
     // A world that owns its pixels, as RK_World::New says.
     RK_WorldX(RK_Long width, RK_Long height, RK_Long flags);
 
-    // Wraps a record, which must not be null, without owning anything: `RK_WorldX<P> world(record, false);`. Only
-    // data, size, flags and extent are taken. With `keep`, the fields that a wrap does not set are left as the
-    // memory holds them; otherwise they are zero.
+    // Wraps a record, which must not be null, without owning anything: `RK_WorldX<P> world(record, false);`.
+    // Only data, size, flags and extent are taken. With `keep`, the fields that a wrap does not set are left
+    // as the memory holds them; otherwise they are zero.
     RK_WorldX(const RK_LayerDef* source, bool keep) {
         if (!keep) {
             std::memset(&record, 0, sizeof record);
@@ -66,7 +66,8 @@ class RK_API RK_WorldX final : public RK_World {
   private:
     void* RowAddress(int32_t y) const {
         const int64_t offset = int64_t{y} * record.rowbytes;
-        return reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(record.data) + static_cast<uintptr_t>(offset));
+        return reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(record.data) +
+                                       static_cast<uintptr_t>(offset));
     }
     void MakeHeapPixels(int32_t width, int32_t height);
     void MakeBitmapPixels(int32_t width, int32_t height);
