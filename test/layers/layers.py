@@ -78,7 +78,7 @@ def fault_of(root, path, included):
 
 
 def exists(root, path, included):
-    return any((base / included).is_file() for base in (path.parent, root, root / "pkg"))
+    return any((base / included).is_file() for base in (path.parent, root, root / "pkg", root / "tool"))
 
 
 def check(root):
