@@ -1,5 +1,5 @@
-// A sample of a module that cannot go on: it has written slots already when it finds that out. The package puts them
-// all back.
+// A sample of a module that cannot go on: it has written slots already when it finds that out. The package
+// puts them all back.
 #include "RK/indep/frame/RK_Modules.h"
 
 static void nonsense() {}

@@ -1,5 +1,5 @@
-// A sample acceleration module: takes the place of RK_IterateGeneric's body, counts its calls, and leaves the work to
-// the body that stood there before.
+// A sample acceleration module: takes the place of RK_IterateGeneric's body, counts its calls, and leaves the
+// work to the body that stood there before.
 #include "RK/indep/frame/RK_Modules.h"
 #include "RK/indep/passes/RK_Iterate.h"
 

@@ -27,7 +27,7 @@ bool IsWholeSharedObject(const std::string& path) {
     file.seekg(static_cast<std::streamoff>(head.e_phoff));
     file.read(reinterpret_cast<char*>(segments.data()), static_cast<std::streamsize>(headers));
     if (!file) return false;
-    for (const ElfW(Phdr)& segment : segments)
+    for (const ElfW(Phdr) & segment : segments)
         if (segment.p_offset > size || segment.p_filesz > size - segment.p_offset) return false;
     return true;
 }

@@ -6,8 +6,8 @@
 
 namespace RefHost {
 
-// True for a whole shared object of this program's own kind. The loader trusts the headers of what it maps: a file
-// that was cut off would end the program.
+// True for a whole shared object of this program's own kind. The loader trusts the headers of what it maps: a
+// file that was cut off would end the program.
 bool IsWholeSharedObject(const std::string& path);
 
 }  // namespace RefHost

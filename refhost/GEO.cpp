@@ -25,8 +25,8 @@ void fillTables() {
 }  // namespace
 
 bool GEO_SectRect(const GEO_Rect* a, const GEO_Rect* b, GEO_Rect* out) {
-    const GEO_Rect both = {std::max(a->top, b->top), std::max(a->left, b->left), std::min(a->bottom, b->bottom),
-                           std::min(a->right, b->right)};
+    const GEO_Rect both = {std::max(a->top, b->top), std::max(a->left, b->left),
+                           std::min(a->bottom, b->bottom), std::min(a->right, b->right)};
     const bool some = both.top < both.bottom && both.left < both.right;
     *out = some ? both : GEO_Rect{0, 0, 0, 0};
     return some;

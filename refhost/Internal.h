@@ -6,8 +6,8 @@
 
 namespace RefHost {
 
-// Every block of the host comes from here: counted, aligned to 16, null when it cannot be had or FailAllocation
-// says so. Nothing is reported.
+// Every block of the host comes from here: counted, aligned to 16, null when it cannot be had or
+// FailAllocation says so. Nothing is reported.
 void* AllocateBlock(size_t bytes);
 // The block in a new size, moved if need be; null leaves it as it was.
 void* ResizeBlock(void* block, size_t bytes);

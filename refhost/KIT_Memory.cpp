@@ -63,7 +63,8 @@ namespace RefHost {
 
 void* AllocateBlock(size_t bytes) {
     if (mustFail() || tooLarge(bytes)) return nullptr;
-    BlockHead* head = static_cast<BlockHead*>(std::aligned_alloc(16, (bytes + sizeof(BlockHead) + 15) & ~size_t{15}));
+    BlockHead* head =
+        static_cast<BlockHead*>(std::aligned_alloc(16, (bytes + sizeof(BlockHead) + 15) & ~size_t{15}));
     if (!head) return nullptr;
     head->bytes = bytes;
     head->stamp = kLive;
@@ -144,7 +145,9 @@ RK_Long KIT_ResizeHandle(KIT_Handle handle, size_t bytes, const char* name) {
     return 0;
 }
 
-size_t KIT_GetHandleSize(KIT_Handle handle) { return handle ? RefHost::BlockBytes(masterOf(handle)->block) : 0; }
+size_t KIT_GetHandleSize(KIT_Handle handle) {
+    return handle ? RefHost::BlockBytes(masterOf(handle)->block) : 0;
+}
 
 void KIT_FreeHandle(KIT_Handle handle) {
     if (!handle) return;

@@ -112,7 +112,8 @@ RK_Long KIT_DeferredReportingStart(int32_t, KIT_DeferredReporting* cookie) {
     return 0;
 }
 
-// A bracket that ends before an inner one leaves the inner one open and hands its reports to its own outer one.
+// A bracket that ends before an inner one leaves the inner one open and hands its reports to its own outer
+// one.
 RK_Long KIT_DeferredReportingEnd(int32_t, int32_t, KIT_DeferredReporting* cookie) {
     if (!cookie || !cookie->held) return 3;
     State& s = state();

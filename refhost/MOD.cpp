@@ -80,7 +80,8 @@ bool isLoaded(const void* address, const void* object = nullptr) {
 }
 
 bool isSound(const MOD_RoutineEntry& routine, const void* object) {
-    if (!isLoaded(reinterpret_cast<const void*>(routine.entry)) || !isLoaded(routine.name, object)) return false;
+    if (!isLoaded(reinterpret_cast<const void*>(routine.entry)) || !isLoaded(routine.name, object))
+        return false;
     if (!routine.properties) return true;
     for (int32_t i = 0; i < kMostProperties; ++i) {
         if (!isLoaded(&routine.properties[i], object)) return false;
@@ -107,8 +108,8 @@ void passOver(const std::string& path, const char* why) {
     TRC_Log(5, "MOD", "Scan", ("passed over " + path + ": " + (why ? why : "not loadable")).c_str());
 }
 
-// `*out` stays null for a file that is no shared object or has no sound routine table: such a file is passed over,
-// and that is no failure. 0 or 4.
+// `*out` stays null for a file that is no shared object or has no sound routine table: such a file is passed
+// over, and that is no failure. 0 or 4.
 RK_Long load(const std::string& path, MOD_File** out) {
     *out = nullptr;
     if (!RefHost::IsWholeSharedObject(path)) {

@@ -20,8 +20,8 @@ bool knownBits(int32_t bits) {
 
 }  // namespace
 
-RK_Long RAS_NewWorld(int32_t, int32_t, int32_t, const GEO_Rect* bounds, int32_t bits_per_pixel, int32_t, int32_t,
-                     RAS_World*** out) {
+RK_Long RAS_NewWorld(int32_t, int32_t, int32_t, const GEO_Rect* bounds, int32_t bits_per_pixel, int32_t,
+                     int32_t, RAS_World*** out) {
     if (!bounds || !out || !knownBits(bits_per_pixel)) return 3;
     if (const RK_Long code = RefHost::FailingCall("RAS_NewWorld")) return code;
     const int32_t width = int32_t{bounds->right} - bounds->left;
@@ -38,8 +38,13 @@ RK_Long RAS_NewWorld(int32_t, int32_t, int32_t, const GEO_Rect* bounds, int32_t 
         return 4;
     }
     bitmap->record_pointer = &bitmap->record;
-    bitmap->record = {static_cast<int16_t>(width), static_cast<int16_t>(height),
-                      static_cast<int16_t>(bits_per_pixel), 0, nullptr, rowbytes, pixels};
+    bitmap->record = {static_cast<int16_t>(width),
+                      static_cast<int16_t>(height),
+                      static_cast<int16_t>(bits_per_pixel),
+                      0,
+                      nullptr,
+                      rowbytes,
+                      pixels};
     *out = &bitmap->record_pointer;
     return 0;
 }
@@ -70,8 +75,8 @@ void* RASp_GetPixBaseAddr(RAS_World** world) { return world ? (*world)->store : 
 void RAS_ReportWorldAllocationFailure(RK_Long code, int32_t rowbytes, int32_t width, int32_t height,
                                       int32_t bits_per_pixel) {
     char text[160];
-    std::snprintf(text, sizeof text, "no memory for a world of %d x %d pixels, %d bits each, %d bytes a row", width,
-                  height, bits_per_pixel, rowbytes);
+    std::snprintf(text, sizeof text, "no memory for a world of %d x %d pixels, %d bits each, %d bytes a row",
+                  width, height, bits_per_pixel, rowbytes);
     RefHost::Record(RefHost::ReportKind::WorldAllocation, 0, static_cast<int32_t>(code), text);
 }
 

@@ -47,10 +47,10 @@ RK_HOST_API int64_t AllocationsSince();
 RK_HOST_API void SetPluginFolder(const std::string& folder);
 
 // ---- Calls that fail ------------------------------------------------------------------------------------
-// The next call of a host operation, named as in its header, fails with `code`, once. Known to: GEO_PrepareFCMD,
-// GEO_UnprepareFCMD, NZ_GetPrimeSizedTable, ZIN_GetLNKAddressProc (gives null), RAS_NewWorld, RAS_LoadLockPixels,
-// SEQ_New, DSK_AddExtensionMap, MOD_InstallScan, MOD_RegisterRoutine, MOD_PrepRoutine, MOD_UnprepRoutine,
-// MOD_UnregisterRoutine.
+// The next call of a host operation, named as in its header, fails with `code`, once. Known to:
+// GEO_PrepareFCMD, GEO_UnprepareFCMD, NZ_GetPrimeSizedTable, ZIN_GetLNKAddressProc (gives null),
+// RAS_NewWorld, RAS_LoadLockPixels, SEQ_New, DSK_AddExtensionMap, MOD_InstallScan, MOD_RegisterRoutine,
+// MOD_PrepRoutine, MOD_UnprepRoutine, MOD_UnregisterRoutine.
 RK_HOST_API void FailCall(const std::string& operation, RK_Long code);
 
 // ---- Versions and platform ------------------------------------------------------------------------------

@@ -31,12 +31,14 @@ RK_Long SEQ_Insert(SEQ_List* list, const void* record) {
         const int32_t room = std::max(4, list->room * 2);
         if (static_cast<size_t>(room) > SIZE_MAX / list->record_bytes) return 4;
         const size_t bytes = static_cast<size_t>(room) * list->record_bytes;
-        void* grown = list->records ? RefHost::ResizeBlock(list->records, bytes) : RefHost::AllocateBlock(bytes);
+        void* grown =
+            list->records ? RefHost::ResizeBlock(list->records, bytes) : RefHost::AllocateBlock(bytes);
         if (!grown) return 4;
         list->records = static_cast<uint8_t*>(grown);
         list->room = room;
     }
-    std::memcpy(list->records + static_cast<size_t>(list->count) * list->record_bytes, record, list->record_bytes);
+    std::memcpy(list->records + static_cast<size_t>(list->count) * list->record_bytes, record,
+                list->record_bytes);
     ++list->count;
     return 0;
 }

@@ -62,7 +62,8 @@ TEST(Depth8, LerpKeepsTheLowByteOfTheWrappedSum) {
             for (int32_t x = 0; x < 256; ++x) {
                 const uint64_t t = (uint64_t{uint32_t(x - y)} * uint32_t(a) + 128) & 0xFFFFFFFFu;
                 const uint64_t product = ((t + (t >> 8)) & 0xFFFFFFFFu) >> 8;
-                ASSERT_EQ(D8::lerp(y, x, a), int32_t((uint64_t(y) + product) & 255)) << y << " " << x << " " << a;
+                ASSERT_EQ(D8::lerp(y, x, a), int32_t((uint64_t(y) + product) & 255))
+                    << y << " " << x << " " << a;
             }
         }
     }
@@ -104,8 +105,8 @@ TEST(Depth16, DivTruncatesAfterHalfOfAlpha) {
     EXPECT_EQ(D16::div(0, 0), 32768);
     EXPECT_EQ(D16::div(5, 5), 32768);
     EXPECT_EQ(D16::div(5, 9), 32768);
-    EXPECT_EQ(D16::div(3, 1), 10923);   // 32769 / 3
-    EXPECT_EQ(D16::div(3, 2), 21845);   // 65537 / 3, truncated
+    EXPECT_EQ(D16::div(3, 1), 10923);  // 32769 / 3
+    EXPECT_EQ(D16::div(3, 2), 21845);  // 65537 / 3, truncated
     EXPECT_EQ(D16::div(32768, 32767), 32767);
     int differ = 0;
     sixteenBitValues([&](int32_t a) {
@@ -175,7 +176,8 @@ TEST(DepthVerbs, InvertsAndUnites) {
         EXPECT_EQ(D8::unite(a, 0), a);
         EXPECT_EQ(D8::unite(a, 100), 255 - D8::mul(255 - a, 155));
     }
-    EXPECT_EQ(D16::unite(16383, 16384), 24576);  // the product of the inverses ends in a half, which is rounded down
+    EXPECT_EQ(D16::unite(16383, 16384),
+              24576);  // the product of the inverses ends in a half, which is rounded down
     EXPECT_EQ(DF::unite(0.5f, 0.5f), 0.75f);
     EXPECT_EQ(DF::lerp(0.5f, 1.0f, 0.25f), 0.625f);
 }

@@ -104,13 +104,13 @@ TEST_F(OverFuncs, TheTwoFlagsPickIndependently) {
     for (const bool has_sse2 : {false, true}) {
         for (const bool has_ssse3 : {false, true}) {
             RKp_FillOverFuncs(has_sse2, has_ssse3);
-#define RK_SLOT(number, name, type, body, sse2, ssse3)                           \
-    {                                                                            \
-        type *b = body, *v2 = sse2, *v3 = ssse3;                                 \
-        type* wanted = has_ssse3 && v3 ? v3 : has_sse2 && v2 ? v2 : b;           \
+#define RK_SLOT(number, name, type, body, sse2, ssse3)                                \
+    {                                                                                 \
+        type *b = body, *v2 = sse2, *v3 = ssse3;                                      \
+        type* wanted = has_ssse3 && v3 ? v3 : has_sse2 && v2 ? v2 : b;                \
         EXPECT_EQ(RKp_G_OverFuncs[number], reinterpret_cast<void*>(wanted)) << #name; \
-        EXPECT_EQ(RKp_Slot<number>(), wanted) << #name;                          \
-        EXPECT_EQ(RKp_kSlot_##name, number);                                     \
+        EXPECT_EQ(RKp_Slot<number>(), wanted) << #name;                               \
+        EXPECT_EQ(RKp_kSlot_##name, number);                                          \
     }
 #include "RK/indep/frame/RKp_Slots.def"
         }

@@ -81,7 +81,8 @@ TEST(Birth, FillsEveryNamedSlotAndNoOther) {
         inChild([&] {
             RefHost::SetCPU(record);
             // A table that was used before is cleared first.
-            std::fill(std::begin(RKp_G_OverFuncs), std::end(RKp_G_OverFuncs), static_cast<void*>(RKp_G_ByteToFloat));
+            std::fill(std::begin(RKp_G_OverFuncs), std::end(RKp_G_OverFuncs),
+                      static_cast<void*>(RKp_G_ByteToFloat));
             ASSERT_EQ(RK_Birth(), 0);
             int named = 0;
             forSlots([&](RK_Long i, const RK_SlotInfo& info) {
@@ -90,7 +91,8 @@ TEST(Birth, FillsEveryNamedSlotAndNoOther) {
                 EXPECT_EQ(RKp_G_OverFuncs[i] != nullptr, has_name) << i;
             });
             EXPECT_GT(named, 20);
-            for (int unused : {0, 1, 11, 12, 13, 14, 15, 16, 29, 30, 33, 34, 49, 50, 59, 66, 67, 69, 79, 80, 90, 91})
+            for (int unused :
+                 {0, 1, 11, 12, 13, 14, 15, 16, 29, 30, 33, 34, 49, 50, 59, 66, 67, 69, 79, 80, 90, 91})
                 EXPECT_EQ(RKp_G_OverFuncs[unused], nullptr) << unused;
             RK_Death();
         });

@@ -44,7 +44,8 @@ void inChild(Work&& work) {
 class Shared {
   public:
     Shared() {
-        void* page = mmap(nullptr, sizeof(int64_t), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        void* page =
+            mmap(nullptr, sizeof(int64_t), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         value_ = page == MAP_FAILED ? nullptr : static_cast<int64_t*>(page);
     }
     ~Shared() {

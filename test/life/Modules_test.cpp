@@ -87,7 +87,8 @@ TEST(Modules, OverrideASlotAndMayCallWhatStoodThere) {
         RK_SlotInfo info;
         ASSERT_EQ(RK_GetSlotInfo(53, &info), 0);
         EXPECT_EQ(info.form, RK_kSlotOverride);
-        for (int i = 0; i < RK_kSlotCount; ++i) EXPECT_EQ(RKp_G_OverFuncs[i] == tableAtBirth[i], i != 53) << i;
+        for (int i = 0; i < RK_kSlotCount; ++i)
+            EXPECT_EQ(RKp_G_OverFuncs[i] == tableAtBirth[i], i != 53) << i;
         EXPECT_EQ(*calls, 0);
         EXPECT_EQ(RK_IterateGeneric(3, nullptr, nothing), 0);
         EXPECT_EQ(RK_IterateGeneric(3, nullptr, nothing), 0);
@@ -202,7 +203,8 @@ TEST(Modules, ErrorsOfUnloadingAreTheResultOfDeathAndStopNothing) {
     });
 }
 
-// The first module that cannot be registered, made ready or listed is left out, and reported; the others are loaded.
+// The first module that cannot be registered, made ready or listed is left out, and reported; the others are
+// loaded.
 TEST(Modules, ThatTheHostCannotHandleAreLeftOutAlone) {
     for (const char* call : {"MOD_RegisterRoutine", "MOD_PrepRoutine"}) {
         inChildWith(moduleFolder("ModuleMany"), [&] {
@@ -263,7 +265,8 @@ TEST(Modules, FilesOfNonsenseArePassedOver) {
         EXPECT_TRUE(tableIsPlain());
         EXPECT_TRUE(RefHost::TakeReports().empty());
         int64_t passed_over = 0;
-        for (const std::string& line : RefHost::TakeLog()) passed_over += line.find("passed over") != std::string::npos;
+        for (const std::string& line : RefHost::TakeLog())
+            passed_over += line.find("passed over") != std::string::npos;
         EXPECT_EQ(passed_over, files);
         EXPECT_EQ(RK_Death(), 0);
         expectNothingHeld();
@@ -274,8 +277,11 @@ TEST(Modules, FilesThatAreNoSharedObjectsArePassedOver) {
     const Folder folder;
     ASSERT_FALSE(folder.path.empty());
     std::ofstream(folder.path + "/empty.RVX");
-    std::ofstream(folder.path + "/text.RVX") << "not a module at all, but long enough to be looked at twice by a loader";
-    std::ofstream(folder.path + "/magic.RVX") << "\x7f" "ELF" << std::string(200, '\xFF');
+    std::ofstream(folder.path + "/text.RVX")
+        << "not a module at all, but long enough to be looked at twice by a loader";
+    std::ofstream(folder.path + "/magic.RVX") << "\x7f"
+                                                 "ELF"
+                                              << std::string(200, '\xFF');
     fs::create_directory(folder.path + "/folder.RVX");
     ASSERT_EQ(mkfifo((folder.path + "/pipe.RVX").c_str(), 0600), 0);
     fs::create_symlink("/nowhere/at/all", folder.path + "/dangling.RVX");
@@ -322,11 +328,13 @@ TEST(Modules, LieInSubFoldersTooAndBrokenOnesDoNotKeepGoodOnesOut) {
     const Folder folder;
     fs::create_directories(folder.path + "/b/deep");
     fs::copy_file(moduleFolder("RK_ModuleFails") + "/RK_ModuleFails.RVX", folder.path + "/a.RVX");
-    fs::copy_file(moduleFolder("RK_ModuleOverride") + "/RK_ModuleOverride.RVX", folder.path + "/b/deep/c.RVX");
+    fs::copy_file(moduleFolder("RK_ModuleOverride") + "/RK_ModuleOverride.RVX",
+                  folder.path + "/b/deep/c.RVX");
     std::ofstream(folder.path + "/d.RVX") << "broken";
     inChildWith(folder.path, [] {
         EXPECT_EQ(RK_Birth(), 0);
-        for (int i = 0; i < RK_kSlotCount; ++i) EXPECT_EQ(RKp_G_OverFuncs[i] == tableAtBirth[i], i != 53) << i;
+        for (int i = 0; i < RK_kSlotCount; ++i)
+            EXPECT_EQ(RKp_G_OverFuncs[i] == tableAtBirth[i], i != 53) << i;
         EXPECT_GE(indexOf(RefHost::TakeReports(), failureText("Failing sample", 3)), 0);
         EXPECT_EQ(RK_Death(), 0);
         expectNothingHeld();

@@ -33,7 +33,8 @@ TEST(CheckVersions, FailsForGoodWhenAnyPackageDisagrees) {
 TEST(CheckVersions, AsksForTheVersionsThatTheLibraryWasBuiltAgainst) {
     const RK_Long versions[] = {61, 3, 31, 18, 39, 9, 8, 11};
     inChild([&] {
-        for (size_t i = 0; i < std::size(versions); ++i) RefHost::SetPackageVersion(kPackages[i], versions[i]);
+        for (size_t i = 0; i < std::size(versions); ++i)
+            RefHost::SetPackageVersion(kPackages[i], versions[i]);
         EXPECT_EQ(RK_CheckVersions(0x123, 17), 0);
     });
 }
@@ -51,9 +52,10 @@ TEST(CheckVersions, TellsOfACallerOfAnotherVersion) {
         EXPECT_EQ(reports[0].kind, RefHost::ReportKind::BufferedError);
         EXPECT_EQ(reports[0].location, 0x310007u);
         EXPECT_EQ(reports[0].severity, 16);
-        EXPECT_EQ(reports[0].text,
-                  "Plug-in version mismatch detected (did you install over an older version of Ravelin?). Try "
-                  "uninstalling and re-installing. (RK package v17 != RK.h v18)");
+        EXPECT_EQ(
+            reports[0].text,
+            "Plug-in version mismatch detected (did you install over an older version of Ravelin?). Try "
+            "uninstalling and re-installing. (RK package v17 != RK.h v18)");
         EXPECT_NE(reports[1].text.find("(RK package v17 != RK.h v-1)"), std::string::npos);
         EXPECT_EQ(RK_CheckVersions(0x310007, 17), 0);
     });

@@ -5,12 +5,9 @@
 namespace {
 
 const KIT_ZMessage kMessages[] = {
-    {"$$$/Key/0=plain", {0, 0, 0}},
-    {"$$$/Key/1=can#{rsquo}t, won#{rsquo}t", {0, 0, 0}},
-    {"$$$/Key/2=a = b", {0, 0, 0}},
-    {"no key at all", {0, 0, 0}},
-    {"$$$/Key/4=", {0, 0, 0}},
-    {nullptr, {-1, -1, 0}},
+    {"$$$/Key/0=plain", {0, 0, 0}}, {"$$$/Key/1=can#{rsquo}t, won#{rsquo}t", {0, 0, 0}},
+    {"$$$/Key/2=a = b", {0, 0, 0}}, {"no key at all", {0, 0, 0}},
+    {"$$$/Key/4=", {0, 0, 0}},      {nullptr, {-1, -1, 0}},
 };
 const KIT_ZRef kTable = {"Test", 6, kMessages};
 

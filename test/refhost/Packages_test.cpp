@@ -117,7 +117,7 @@ TEST_F(Packages, AgreeWithTheirOwnVersionOnly) {
     struct {
         RK_Long (*check)(RK_Long, RK_Long);
         RK_Long version;
-    } const packages[] = {{KIT_CheckVersions, 61}, {TXT_CheckVersions, 3}, {RAS_CheckVersions, 31},
+    } const packages[] = {{KIT_CheckVersions, 61}, {TXT_CheckVersions, 3},  {RAS_CheckVersions, 31},
                           {GEO_CheckVersions, 18}, {DSK_CheckVersions, 39}, {SEQ_CheckVersions, 9},
                           {RVFX_CheckVersions, 8}, {MOD_CheckVersions, 11}};
     for (const auto& package : packages) {
@@ -250,7 +250,7 @@ TEST_F(Scan, RoutinesAreRegisteredMadeReadyAndLetGo) {
     };
     MOD_InstallScan(kType, &visit, visitFile, nullptr);
     MOD_EntryFunc* entry = nullptr;
-    EXPECT_EQ(MOD_UnprepRoutine(routine), 3);  // not ready yet
+    EXPECT_EQ(MOD_UnprepRoutine(routine), 3);        // not ready yet
     ASSERT_EQ(MOD_PrepRoutine(routine, &entry), 0);  // the file is still there
     ASSERT_NE(entry, nullptr);
     MOD_EntryFunc* again = nullptr;

@@ -1,5 +1,5 @@
-// A module file whose table is nonsense in the one place that the build defines: such a file is passed over. All its
-// pointers that lead nowhere are odd addresses in the first page.
+// A module file whose table is nonsense in the one place that the build defines: such a file is passed over.
+// All its pointers that lead nowhere are odd addresses in the first page.
 #include "RK/indep/frame/RK_Modules.h"
 
 #ifndef COUNT
@@ -28,7 +28,8 @@
     return 0;
 }
 
-[[maybe_unused]] static const MOD_Property kProperties[] = {{RK_kModuleVersionKey, RK_kModuleVersion}, {nullptr, 0}};
+[[maybe_unused]] static const MOD_Property kProperties[] = {{RK_kModuleVersionKey, RK_kModuleVersion},
+                                                            {nullptr, 0}};
 
 struct Endless {
     MOD_Property properties[65];

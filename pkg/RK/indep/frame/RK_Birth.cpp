@@ -63,8 +63,8 @@ RK_Long RK_Birth() {
     ifClear([] { return GEO_PrepareFCMD(1, 0, 0, &RKp_G_fcm_table, &RKp_G_fcd_table); });
     ifClear(prepareNoise);
     ifClear(prepareBlending);
-    // Before the scan: a host that visits the files at once hands its modules a whole table, and what they write
-    // stays.
+    // Before the scan: a host that visits the files at once hands its modules a whole table, and what they
+    // write stays.
     ifClear(fillTable);
     ifClear(RKp_StartModuleScan);
     ifClear(startBroker);
@@ -88,7 +88,8 @@ RK_Long RK_Death() {
 }
 
 RK_Long RK_FreeUpSomeMemory() {
-    return RKp_AtBorder([] { return RKp_ReallocScratch(kScratchPixels, kScratchBytesPerChannel, kShrink, nullptr); });
+    return RKp_AtBorder(
+        [] { return RKp_ReallocScratch(kScratchPixels, kScratchBytesPerChannel, kShrink, nullptr); });
 }
 
 RK_Long RK_OverrideStdFuncs() {

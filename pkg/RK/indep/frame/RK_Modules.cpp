@@ -30,12 +30,9 @@ RK_Long reportForModule(RK_Long code, const char* text) {
 
 // Module code is not ours: whatever it throws is its failure, a thrown 0 too.
 RK_Long callEntry(MOD_EntryFunc* entry, RK_Long selector) {
-    RK_ModuleParams params = {2,           1,
-                              reportForModule, nullptr,
-                              RKp_G_fcm_table, RKp_G_fcd_table,
-                              std::calloc,     std::free,
-                              std::malloc,     std::realloc,
-                              std::exit,       RKp_G_OverFuncs};
+    RK_ModuleParams params = {
+        2,           1,         reportForModule, nullptr,      RKp_G_fcm_table, RKp_G_fcd_table,
+        std::calloc, std::free, std::malloc,     std::realloc, std::exit,       RKp_G_OverFuncs};
     RK_Long answer = RK_kBadParam;
     try {
         const RK_Long error = RKp_AtBorder([&] { answer = entry(selector, &params); });
@@ -77,7 +74,8 @@ bool isModule(MOD_File* file, int32_t index, MOD_RoutineInfo* info) {
     int32_t version = 0;
     return MOD_GetRoutineInfo(file, index, info) == 0 && info->type == RK_kModuleType &&
            (info->flags & RK_kModuleFlag) != 0 &&
-           MOD_GetModPropsProp(file, index, RK_kModuleVersionKey, &version) == 0 && version == RK_kModuleVersion;
+           MOD_GetModPropsProp(file, index, RK_kModuleVersionKey, &version) == 0 &&
+           version == RK_kModuleVersion;
 }
 
 // A module's failure ends with the module: one bad file must not keep the host from starting.

@@ -1,19 +1,21 @@
-// Acceleration modules: shared objects that put their own functions into the standard function table at start-up.
+// Acceleration modules: shared objects that put their own functions into the standard function table at
+// start-up.
 //
-// A module is a file with the extension ".RVX" in the folder that the host scans. It exports its routines with
-// MOD_EXPORT_ROUTINES (RK/host/MOD.h). A routine is taken for an acceleration module when its type is
-// RK_kModuleType, its flags have RK_kModuleFlag, and its property RK_kModuleVersionKey is RK_kModuleVersion; others
-// are passed over in silence. Routines of one file are taken from the last to the first.
+// A module is a file with the extension ".RVX" in the folder that the host scans. It exports its routines
+// with MOD_EXPORT_ROUTINES (RK/host/MOD.h). A routine is taken for an acceleration module when its type is
+// RK_kModuleType, its flags have RK_kModuleFlag, and its property RK_kModuleVersionKey is RK_kModuleVersion;
+// others are passed over in silence. Routines of one file are taken from the last to the first.
 //
-// The entry is called with RK_kModuleLoad once, on the main thread, before any pixel work. The table is whole by
-// then, as far as the processor's variants and the modules before this one have filled it: a module may keep what a
-// slot held, and call it. What it writes must have the slot's function type and keep its contract: same arguments,
-// same results for every pixel, no exception let out, callable from any thread that calls the export.
+// The entry is called with RK_kModuleLoad once, on the main thread, before any pixel work. The table is whole
+// by then, as far as the processor's variants and the modules before this one have filled it: a module may
+// keep what a slot held, and call it. What it writes must have the slot's function type and keep its
+// contract: same arguments, same results for every pixel, no exception let out, callable from any thread that
+// calls the export.
 //
-// A load that returns other than 0, or throws, is a failure: the whole table is put back as it was before, the
-// routine is let go, and the failure is reported. Neither the package nor other modules are touched by it.
-// A module that was loaded gets RK_kModuleUnload once, at the package's death; its result is reported to the host
-// as that of RK_Death.
+// A load that returns other than 0, or throws, is a failure: the whole table is put back as it was before,
+// the routine is let go, and the failure is reported. Neither the package nor other modules are touched by
+// it. A module that was loaded gets RK_kModuleUnload once, at the package's death; its result is reported to
+// the host as that of RK_Death.
 #ifndef RK_MODULES_H
 #define RK_MODULES_H
 
@@ -30,8 +32,8 @@ constexpr int32_t RK_kModuleVersion = 2;
 constexpr RK_Long RK_kModuleLoad = 1;
 constexpr RK_Long RK_kModuleUnload = 2;
 
-// Valid during the call only; the module copies what it wants to keep. The tables that it leads to live until the
-// module has been unloaded, but for the two colour tables, which are gone, and null, in an unload.
+// Valid during the call only; the module copies what it wants to keep. The tables that it leads to live until
+// the module has been unloaded, but for the two colour tables, which are gone, and null, in an unload.
 struct RK_ModuleParams {
     int16_t version_major, version_minor;  // 2, 1
 

@@ -17,8 +17,8 @@ constexpr long kVersion = 17;
 constexpr RK_Long kPackageCaller = 0x250063;
 
 constexpr const char* kMismatch =
-    "Plug-in version mismatch detected (did you install over an older version of Ravelin?). Try uninstalling and "
-    "re-installing. (%s package v%ld != %s.h v%ld)";
+    "Plug-in version mismatch detected (did you install over an older version of Ravelin?). Try uninstalling "
+    "and re-installing. (%s package v%ld != %s.h v%ld)";
 
 // The versions that the library was built against.
 RK_Long checkPackages() {

@@ -4,8 +4,8 @@
 
 #include "RK/host/LNK.h"
 
-// Takes the broker's entry. False, and nothing is kept, when it is null or cannot hand out interfaces. That the
-// broker knows a colour engine is not asked here: whoever needs one asks then.
+// Takes the broker's entry. False, and nothing is kept, when it is null or cannot hand out interfaces. That
+// the broker knows a colour engine is not asked here: whoever needs one asks then.
 bool RKp_StartBroker(LNK_AddressProc* entry);
 
 // Forgets the entry. Does nothing when the client was not started.

@@ -5,9 +5,9 @@
 #include "RK/host/KIT.h"
 #include "RK/indep/frame/RKp_Border.h"
 
-// Runs work() as RKp_AtBorder does, with all reports held back until it is over. When the bracket cannot be opened
-// its error is the result, and work() does not run. Otherwise the bracket is closed on every path; a failure to
-// close it is the result only if work() had none.
+// Runs work() as RKp_AtBorder does, with all reports held back until it is over. When the bracket cannot be
+// opened its error is the result, and work() does not run. Otherwise the bracket is closed on every path; a
+// failure to close it is the result only if work() had none.
 template <class Work>
 RK_Long RKp_WithReportsDeferred(Work&& work) {
     struct Bracket {
