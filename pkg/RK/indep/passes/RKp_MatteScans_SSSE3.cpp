@@ -73,10 +73,11 @@ struct Premultiply8 {
     }
 };
 
-// A quotient (x * W + (a >> 1)) / a is a multiple of 1 / a, and a >> 1 is half of a or 1/2 less. So the
-// truncation of x * (W / a) + b gives it for every b from 1/2 up to, but not including, 1/2 + 1 / 2a; taken a
-// little above 1/2, b leaves room on both sides for the rounding of the product. At 8 bits 1 / 2a is at least
-// 0.00196 and the rounding in float below 0.0001; at 16 bits it is at least 2^-17, and in double below 2^-36.
+// The quotient (x * W + (a >> 1)) / a is x * W / a to the nearest integer, halves up. Being a multiple of 1 /
+// a, what is no half lies at least 1 / 2a away from one, so an x * (W / a) that is a little inexact rounds
+// alike. At 8 bits 1 / 2a is at least 0.00196 and the rounding in float below 0.0001: 0.001 on top sends the
+// halves up. At 16 bits it is at least 2^-17, the rounding in double below 2^-36, and there are no halves,
+// since no alpha divides by 2^16.
 
 // One colour of four pixels in 32-bit lanes: that quotient, not yet cut to 255.
 inline __m128i div8(__m128i x, __m128 full_by_a) {
@@ -192,12 +193,11 @@ struct FullByAlpha16 {
           of23(_mm_div_pd(_mm_set1_pd(32768.0), highLanes(a))) {}
 };
 
-// The quotient, cut to `limit`. Rounding to nearest adds the 1/2, 2^-18 is the little above it. Where a is 0
-// the product is infinite or NaN, and the minimum the limit.
+// The quotient, cut to `limit`. Where a is 0 the product is infinite or NaN, and the minimum the limit.
 inline __m128i div15(__m128i x, const FullByAlpha16& f, double limit) {
-    const __m128d little = _mm_set1_pd(1.0 / 262144), most = _mm_set1_pd(limit);
-    const __m128d q01 = _mm_min_pd(_mm_add_pd(_mm_mul_pd(lowLanes(x), f.of01), little), most);
-    const __m128d q23 = _mm_min_pd(_mm_add_pd(_mm_mul_pd(highLanes(x), f.of23), little), most);
+    const __m128d most = _mm_set1_pd(limit);
+    const __m128d q01 = _mm_min_pd(_mm_mul_pd(lowLanes(x), f.of01), most);
+    const __m128d q23 = _mm_min_pd(_mm_mul_pd(highLanes(x), f.of23), most);
     return _mm_castps_si128(_mm_shuffle_ps(nearest(q01), nearest(q23), _MM_SHUFFLE(2, 0, 2, 0)));
 }
 
