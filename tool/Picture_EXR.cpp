@@ -12,7 +12,7 @@
 #include <ImfVersion.h>
 
 #include <cstring>
-#include <optional>
+#include <memory>
 
 #include "Failure.h"
 #include "PictureFile.h"
@@ -121,10 +121,10 @@ class RowReader {
   public:
     RowReader(Source& source, const Contents& contents, const std::string& shown) : contents_(contents) {
         if (contents.chroma) {
-            rgba_.emplace(source, 0);
+            rgba_ = std::make_unique<Imf::RgbaInputFile>(source, 0);
             window_ = rgba_->dataWindow();
         } else {
-            plain_.emplace(source, 0);
+            plain_ = std::make_unique<Imf::InputFile>(source, 0);
             window_ = plain_->header().dataWindow();
         }
         // A row may overshoot the picture, but not without end.
@@ -186,8 +186,8 @@ class RowReader {
     }
 
     const Contents contents_;
-    std::optional<Imf::InputFile> plain_;
-    std::optional<Imf::RgbaInputFile> rgba_;
+    std::unique_ptr<Imf::InputFile> plain_;
+    std::unique_ptr<Imf::RgbaInputFile> rgba_;
     Imath::Box2i window_;
     std::vector<float> row_;
     std::vector<Imf::Rgba> half_row_;
