@@ -105,3 +105,15 @@ TYPED_TEST(PixelTableTest, WithTablesReportsAndLeavesThePixelUntilThereAreCurves
         EXPECT_EQ(reports[2].text, "Invalid tables for linearized blending");
     }
 }
+
+TYPED_TEST(PixelTableTest, SourceAndDestinationMayBeOnePixel) {
+    using P = TypeParam;
+    Random r(4);
+    for (int n = 0; n <= 36; ++n)
+        for (int i = 0; i < 100; ++i) {
+            const P p = pixel<P>(r);
+            P one = p;
+            PixelTables<P>::plain[n](&one, nullptr, &one);
+            ASSERT_EQ(text(one), text(alone(n, p, p))) << n;
+        }
+}

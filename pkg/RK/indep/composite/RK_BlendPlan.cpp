@@ -1,6 +1,4 @@
-// The records of a mode, what is told of the modes, and the plan of a composite.
-#include <cmath>
-
+// The plan of a composite.
 #include "RK/indep/composite/RKp_Modes.h"
 #include "RK/indep/frame/RKp_Border.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
@@ -8,65 +6,10 @@
 
 namespace {
 
-constexpr RK_ModeInfo kModes[RKp_kModeCount] = {
-#define RK_MODE(number, name, class_, flag, does) {#name, does, RK_kMode##class_, flag},
+constexpr RK_ModeClass kClasses[RKp_kModeCount] = {
+#define RK_MODE(number, name, class_, flag, does) RK_kMode##class_,
 #include "RK/indep/composite/RKp_Modes.def"
 };
-
-}  // namespace
-
-RK_Long RK_GetTransferFlags(RK_Long mode) { return RKp_IsMode(mode) ? kModes[mode - RK_kFirstMode].flag : 0; }
-
-RK_Long RK_GetModeInfo(RK_Long mode, RK_ModeInfo* info) {
-    if (!RKp_IsMode(mode) || info == nullptr) return RK_kBadParam;
-    *info = kModes[mode - RK_kFirstMode];
-    return RK_kOK;
-}
-
-// ---- Records --------------------------------------------------------------------------------------------
-
-namespace {
-
-// A number that 32 bits do not hold is no mode.
-int32_t modeNumber(RK_Long mode) {
-    const int32_t number = static_cast<int32_t>(mode);
-    if (number != mode) return RK_Xfer_None;
-    return number;
-}
-
-}  // namespace
-
-// Of a seed the low 32 bits count.
-RK_CompositeModePlus::RK_CompositeModePlus(RK_Long xfer_, float opacity_,
-                                           const RK_LinearBlendingTables* tables_, bool rgb_only_,
-                                           RK_Long rand_seed_)
-    : xfer(modeNumber(xfer_)),
-      rand_seed(static_cast<int32_t>(static_cast<uint32_t>(rand_seed_))),
-      rgb_only(rgb_only_),
-      tables(tables_),
-      opacity(opacity_) {}
-
-// A record that filled in the 8-bit opacity alone disagrees with itself by a whole 8-bit step.
-RK_CompositeModePlus::RK_CompositeModePlus(const RK_CompositeMode& plain)
-    : xfer(plain.xfer), rand_seed(plain.rand_seed), rgb_only(plain.rgb_only != 0) {
-    const float a = static_cast<float>(plain.opacity) / 255.0f;
-    const float b = static_cast<float>(plain.opacity16) * 3.0517578e-5f;
-    opacity = static_cast<double>(std::fabs(a - b)) >= 0.00392156862745098 ? a : b;
-}
-
-template <class P>
-RK_BlendingMode<P> RK_MakeBlendingMode(const RK_CompositeModePlus& mode) {
-    RK_Channel<P> opacity;
-    if constexpr (RKp_Depth<P>::kBits == 32)
-        opacity = mode.opacity;
-    else
-        opacity = static_cast<RK_Channel<P>>(RKp_Truncate(mode.opacity * float{RKp_Depth<P>::kFull} + 0.5f));
-    return {mode.xfer, mode.rand_seed, opacity, mode.rgb_only != 0};
-}
-
-// ---- The plan -------------------------------------------------------------------------------------------
-
-namespace {
 
 // What a class asks of the plan.
 struct ClassPlan {
@@ -121,7 +64,8 @@ RKp_GetInnerBlendingFuncFunc<P>* lookup(bool has_matte, bool linear) {
 // The scans by the neutral of a class: black, white, grey.
 template <class P>
 struct ScanPair {
-    RKp_ScanFunc<P>*pre, *post;
+    RKp_ScanFunc<P>* pre;
+    RKp_ScanFunc<P>* post;
 };
 template <class P>
 ScanPair<P> scans(int32_t neutral) {
@@ -150,15 +94,14 @@ void RK_BlendModeDescriptor<P>::Make_S(RK_BlendModeDescriptor* self, RK_Blending
         RKp_Throw(RKp_VERIFICATION("Something went wrong attempting get the blending function."));
 
     RK_InnerBlendingFunc<P> row = {nullptr};
-    const bool known = find(caller_mode.xfer, &row) == RK_kOK;
+    const bool known = find(caller_mode.xfer, &row) == RK_kOK && RKp_IsMode(caller_mode.xfer);
     self->mode_func = row.func;
     // Kept: behind, not over: the source lies under the destination before an over-first mode changes colour.
     RK_InnerBlendingFunc<P> behind = {nullptr};
     find(RK_Xfer_Behind, &behind);
     self->over_func = behind.func;
 
-    const ClassPlan& plan =
-        kClassPlans[known ? kModes[caller_mode.xfer - RK_kFirstMode].mode_class : RK_kModeRefused];
+    const ClassPlan& plan = kClassPlans[known ? kClasses[caller_mode.xfer - RK_kFirstMode] : RK_kModeRefused];
     self->wrap_neutral = plan.wrap_neutral;
     self->over_first = plan.over_first;
     self->guard_alpha = plan.guard_alpha;
@@ -171,7 +114,6 @@ void RK_BlendModeDescriptor<P>::Make_S(RK_BlendModeDescriptor* self, RK_Blending
 }
 
 #define RKP_INSTANTIATE(P)                                                                              \
-    template RK_BlendingMode<P> RK_MakeBlendingMode<P>(const RK_CompositeModePlus&);                    \
     template RK_BlendModeDescriptor<P>::RK_BlendModeDescriptor(RK_BlendingMode<P>&, bool,               \
                                                                const RK_LinearBlendingTables*);         \
     template void RK_BlendModeDescriptor<P>::Make_S(RK_BlendModeDescriptor*, RK_BlendingMode<P>&, bool, \

@@ -30,7 +30,11 @@ struct RKp_PixelFunctions {
     [[gnu::noinline]] static void body(const P& src, const RK_LinearBlendingTables* tables, Wide sa, P& dst) {
         if (tables != nullptr) return RKp_RunLinearPixel<P>(mode, &src, tables, sa, &dst);
         if (Mode::kTestsClear && sa == 0) return;
-        Mode::alone(src, sa, dst);
+        // Copies: the two may be one pixel.
+        const P source = src;
+        P result = dst;
+        Mode::alone(source, sa, result);
+        dst = result;
     }
 };
 
