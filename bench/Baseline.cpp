@@ -1,5 +1,8 @@
 // What every other figure is held against: memcpy and memset.
+#include <time.h>
+
 #include <algorithm>
+#include <iterator>
 #include <map>
 
 #include "bench/Bench.h"
@@ -29,29 +32,34 @@ const bool registered = [] {
     return true;
 }();
 
-// The best of nine, each of at least a millisecond.
-double timeCopy(size_t bytes) {
-    const std::vector<uint8_t> from(bytes, 1);
-    std::vector<uint8_t> to(bytes, 2);
-    const size_t rounds = std::max<size_t>(1, 8000000 / bytes);
-    double best = 1e9;
-    for (int i = 0; i < 9; ++i) {
-        const auto start = std::chrono::steady_clock::now();
-        for (size_t k = 0; k < rounds; ++k) {
-            std::memcpy(to.data(), from.data(), bytes);
-            benchmark::ClobberMemory();
-        }
-        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-        best = std::min(best, took.count() / static_cast<double>(rounds));
-    }
-    return best;
-}
-
 }  // namespace
 
+double bench::threadSeconds() {
+    timespec now;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+// The median of five, each of some milliseconds. Measured anew each time, since the machine's memory is not
+// always equally busy.
 double bench::memcpySeconds(size_t bytes) {
-    static std::map<size_t, double> known;
-    auto found = known.find(bytes);
-    if (found == known.end()) found = known.emplace(bytes, timeCopy(bytes)).first;
-    return found->second;
+    struct Buffers {
+        std::vector<uint8_t> from, to;
+    };
+    static std::map<size_t, Buffers> kept;
+    Buffers& buffers = kept[bytes];
+    buffers.from.resize(bytes, 1);
+    buffers.to.resize(bytes, 2);
+    const size_t rounds = std::max<size_t>(1, 8000000 / std::max<size_t>(bytes, 1));
+    double times[5];
+    for (double& time : times) {
+        const double start = threadSeconds();
+        for (size_t k = 0; k < rounds; ++k) {
+            std::memcpy(buffers.to.data(), buffers.from.data(), bytes);
+            benchmark::ClobberMemory();
+        }
+        time = (threadSeconds() - start) / static_cast<double>(rounds);
+    }
+    std::sort(std::begin(times), std::end(times));
+    return times[2];
 }

@@ -4,7 +4,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -48,44 +47,43 @@ std::vector<P> pixels(RK_Long count, Alphas kind) {
         scale(random.unit(), &p.green);
         scale(random.unit(), &p.blue);
         switch (kind) {
-            case Alphas::Random:
-                scale(random.unit(), &p.alpha);
-                break;
-            case Alphas::Opaque:
-                p.alpha = full;
-                break;
-            case Alphas::Clear:
-                p.alpha = 0;
-                break;
-            case Alphas::Halves:
-                p.alpha = i % 1920 < 960 ? full : Channel{0};
-                break;
+            case Alphas::Random: scale(random.unit(), &p.alpha); break;
+            case Alphas::Opaque: p.alpha = full; break;
+            case Alphas::Clear: p.alpha = 0; break;
+            case Alphas::Halves: p.alpha = i % 1920 < 960 ? full : Channel{0}; break;
         }
     }
     return made;
 }
 
-// Seconds that a memcpy of so many bytes takes, measured once per run and size.
+// Processor time of this thread: what other programs take does not count.
+double threadSeconds();
+
+// Seconds that a memcpy of so many bytes takes now.
 double memcpySeconds(size_t bytes);
 
-// Runs work() over and over. Reports its bytes and pixels a second, and its time in memcpys of the same
-// bytes.
+// The bytes and pixels a second of work that took so long in all, and its time in memcpys of the same bytes.
+inline void report(benchmark::State& state, RK_Long pixels, size_t bytes, double took, double copy) {
+    const auto rounds = static_cast<double>(state.iterations());
+    state.SetBytesProcessed(static_cast<int64_t>(rounds * static_cast<double>(bytes)));
+    state.SetItemsProcessed(static_cast<int64_t>(rounds * static_cast<double>(pixels)));
+    state.counters["memcpys"] = took / rounds / copy;
+}
+
+// Runs work() over and over.
 template <class Work>
 void measure(benchmark::State& state, RK_Long pixels, size_t bytes, Work&& work) {
     const double copy = memcpySeconds(bytes);
-    const auto start = std::chrono::steady_clock::now();
+    const double start = threadSeconds();
     for (auto _ : state) {
         work();
         benchmark::ClobberMemory();
     }
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-    const auto rounds = static_cast<double>(state.iterations());
-    state.SetBytesProcessed(static_cast<int64_t>(rounds * static_cast<double>(bytes)));
-    state.SetItemsProcessed(static_cast<int64_t>(rounds * static_cast<double>(pixels)));
-    state.counters["memcpys"] = took.count() / rounds / copy;
+    report(state, pixels, bytes, threadSeconds() - start, copy);
 }
 
-// The same for work that changes its own input: `renew()` is called before every round, and not counted.
+// The same for work that changes its own input: `renew()` is called before every round, and not counted. The
+// clock is read twice a round, so a round should take some microseconds. For benchmarks with UseManualTime.
 template <class Renew, class Work>
 void measureRenewed(benchmark::State& state, RK_Long pixels, size_t bytes, Renew&& renew, Work&& work) {
     const double copy = memcpySeconds(bytes);
@@ -93,17 +91,14 @@ void measureRenewed(benchmark::State& state, RK_Long pixels, size_t bytes, Renew
     for (auto _ : state) {
         renew();
         benchmark::ClobberMemory();
-        const auto start = std::chrono::steady_clock::now();
+        const double start = threadSeconds();
         work();
         benchmark::ClobberMemory();
-        const std::chrono::duration<double> round = std::chrono::steady_clock::now() - start;
-        state.SetIterationTime(round.count());
-        took += round.count();
+        const double round = threadSeconds() - start;
+        state.SetIterationTime(round);
+        took += round;
     }
-    const auto rounds = static_cast<double>(state.iterations());
-    state.SetBytesProcessed(static_cast<int64_t>(rounds * static_cast<double>(bytes)));
-    state.SetItemsProcessed(static_cast<int64_t>(rounds * static_cast<double>(pixels)));
-    state.counters["memcpys"] = took / rounds / copy;
+    report(state, pixels, bytes, took, copy);
 }
 
 // What the machine has, whatever processor record the package started with.

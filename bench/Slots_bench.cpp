@@ -25,15 +25,21 @@ void add(const std::string& name, RK_Long (*scan)(RK_Long, const P*, P*)) {
                     bench::measure(state, size.pixels, bytes,
                                    [&] { scan(size.pixels, src.data(), dst.data()); });
                 });
-            benchmark::RegisterBenchmark(join(name, size.name, "in_place", bench::name(kind)).c_str(),
-                                         [=](benchmark::State& state) {
-                                             const std::vector<P> fresh = bench::pixels<P>(size.pixels, kind);
-                                             std::vector<P> dst(fresh.size());
-                                             bench::measureRenewed(
-                                                 state, size.pixels, bytes,
-                                                 [&] { std::memcpy(dst.data(), fresh.data(), bytes); },
-                                                 [&] { scan(size.pixels, nullptr, dst.data()); });
-                                         })
+            // Several rows to a round.
+            const RK_Long rows = size.pixels == bench::kRow.pixels ? 16 : 1;
+            benchmark::RegisterBenchmark(
+                join(name, size.name, "in_place", bench::name(kind)).c_str(),
+                [=](benchmark::State& state) {
+                    const std::vector<P> fresh = bench::pixels<P>(size.pixels * rows, kind);
+                    std::vector<P> dst(fresh.size());
+                    bench::measureRenewed(
+                        state, size.pixels * rows, bytes * static_cast<size_t>(rows),
+                        [&] { std::memcpy(dst.data(), fresh.data(), fresh.size() * sizeof(P)); },
+                        [&] {
+                            for (RK_Long i = 0; i < rows; ++i)
+                                scan(size.pixels, nullptr, dst.data() + i * size.pixels);
+                        });
+                })
                 ->UseManualTime();
         }
     }
