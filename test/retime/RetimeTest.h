@@ -65,6 +65,28 @@ inline plain::Grid<float> pattern(int w, int h, float dx, float dy, uint32_t see
         }
     return g;
 }
+// A texture without periods, moved by (dx, dy): lattice noise of several sizes, smoothly interpolated.
+inline plain::Grid<float> texture(int w, int h, float dx, float dy, uint32_t seed) {
+    auto lattice = [seed](int i, int j, uint32_t octave) {
+        test::Random r(seed + octave * 977u + uint32_t(i + 500) * 131071u + uint32_t(j + 500) * 8191u);
+        r.next();
+        return r.unit();
+    };
+    plain::Grid<float> g(w, h);
+    g.edge = 'c';
+    const float sizes[3] = {31, 13, 6}, weights[3] = {0.5f, 0.3f, 0.2f};
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            for (uint32_t o = 0; o < 3; ++o) {
+                const float u = (float(x) - dx) / sizes[o], v = (float(y) - dy) / sizes[o];
+                const int i = plain::down(u), j = plain::down(v);
+                auto ease = [](float f) { return f * f * (3 - 2 * f); };
+                const float a = ease(u - float(i)), b = ease(v - float(j));
+                g.at(x, y) += weights[o] * plain::mix(plain::mix(lattice(i, j, o), lattice(i + 1, j, o), a),
+                                                      plain::mix(lattice(i, j + 1, o), lattice(i + 1, j + 1, o), a), b);
+            }
+    return g;
+}
 inline plain::Grid<float> noise(int w, int h, uint32_t seed) {
     test::Random r(seed);
     plain::Grid<float> g(w, h);
