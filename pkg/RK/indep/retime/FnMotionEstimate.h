@@ -67,8 +67,9 @@ class FnMotionEstimateGradient : public FnImgProc3<const FnFloatMap, const FnFlo
     bool projection_mode = false;
     bool activity_mode = false;
 
+    using FnImgProc3::Process;
     void Process(FnTexIndexer* map, const FnMotionEstimateGradientReferenceParameters& frames) {
-        FnImgProc3::Process(map, frames.reference, frames.target, frames.mask);
+        Process(map, frames.reference, frames.target, frames.mask);
     }
     void Prepare() override;
     void PassStart() override;
