@@ -21,6 +21,7 @@ class FnMotionEstimateMapStackHolder : public KIT_MemTrackedObject {
     FnFloatMap* second_luminance = nullptr;
     int32_t width = 0, height = 0;  // of the luminance frames
     bool lacks_luminance = false;   // the maps have their geometry, not their pixels
+    std::atomic<int32_t> users{1};  // who hold this; one when it is made
 };
 
 // Channel weights as parameters give them.
