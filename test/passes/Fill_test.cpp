@@ -116,7 +116,13 @@ TYPED_TEST(FillPair, ANullRectangleIsTheWholeWorldAtAnyWidth) {
     using Colour = typename TypeParam::Colour;
     using P = typename TypeParam::Pixel;
     test::Random random(3);
-    for (int width = 1; width <= 40; ++width) {
+    // Lengths around whole blocks, short and long.
+    std::vector<int> widths;
+    for (int width = 1; width <= 40; ++width) widths.push_back(width);
+    for (int step = 64; step <= 1024; step *= 2)
+        for (const int near_by : {step - 1, step, step + 1}) widths.push_back(near_by);
+    widths.push_back(5000);
+    for (const int width : widths) {
         const Colour colour = test::pixel<Colour>(random);
         expectFill<P>(&colour, nullptr, RKp_ConvertPixel<P>(colour), width, 3, width % 3);
         expectFill<P, Colour>(nullptr, nullptr, P{}, width, 3, width % 3);
