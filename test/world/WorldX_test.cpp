@@ -32,9 +32,14 @@ template <class P>
 void expectFreshHeapWorld(RK_Long width, RK_Long height) {
     const int64_t pixel = sizeof(P);
     RefHost::FailAllocation(0);
+    const int64_t bytes_before = RefHost::Memory().bytes;
     World world(RK_World::New(width, height, int16_t(pixel * 2), RK_kWorldClear));
     ASSERT_NE(world, nullptr);
     EXPECT_EQ(RefHost::AllocationsSince(), 2) << "the object and its block";
+    const int64_t padded = (width * pixel + 15) / 16 * 16;
+    EXPECT_EQ(RefHost::Memory().bytes - bytes_before,
+              int64_t(sizeof(RK_WorldX<P>)) + (height - 1) * padded + width * pixel + (padded - pixel) + 8)
+        << "rows, the gutter, and room to align";
     const RK_LayerDef& r = world->record;
     const int64_t rowbytes = (width * pixel + 15) / 16 * 16;
     EXPECT_EQ(r.rowbytes, rowbytes);

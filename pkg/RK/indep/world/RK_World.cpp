@@ -169,10 +169,9 @@ RK_World* RK_World::NewReference(void* pixels, RK_Long width, RK_Long height, in
 }
 
 // ---- Changing what a world shows ------------------------------------------------------------------------
-// The rectangles are taken by value inside: a caller may pass the world's own extent.
+// A caller may pass the world's own extent as the rectangle.
 
-void RK_World::ShrinkToSubRect(const GEO_Rect& sub_rect) {
-    const GEO_Rect rect = sub_rect;
+void RK_World::ShrinkToSubRect(const GEO_Rect& rect) {
     if (!EdgesInside(rect, record)) RKp_THROW_VERIFICATION("bad sub rect in ShrinkToSubRect");
     if (HasRASWorld()) RKp_THROW_VERIFICATION("Can't Shrink a RK_World which is backed by a RAS_World");
     // Kept: a reversed rectangle passes, and its negative size is stored.
@@ -183,7 +182,7 @@ void RK_World::ShrinkToSubRect(const GEO_Rect& sub_rect) {
 }
 
 void RK_World::ReReference(RK_World* other, const GEO_Rect& sub_rect) {
-    const GEO_Rect rect = sub_rect;
+    const GEO_Rect rect = sub_rect;  // which the clearing below may reach
     if (other == nullptr) RKp_THROW_VERIFICATION("Bad parameter to RK_World::ReReference()");
     if (other->Depth() != Depth()) RKp_THROW_VERIFICATION("can't change bit depth in ReReference");
     if (!EdgesInside(rect, other->record)) RKp_THROW_VERIFICATION("bad sub rect in ReReference");
