@@ -1,4 +1,5 @@
-// The row of every mode at every depth, over four kinds of source alpha; Over and Copy in each of their forms.
+// The row of every mode at every depth, over four kinds of source alpha; Over and Copy in each of their
+// forms.
 #include "RK/indep/composite/RK_Xfer.h"
 #include "RK/indep/composite/RKp_RowVariants.h"
 #include "bench/Bench.h"
@@ -15,10 +16,11 @@ RK_BlendModeDescriptor<P> makePlan(int32_t mode, bool has_matte) {
     return {record, has_matte, nullptr};
 }
 
-// Onto random pixels. A row whose source alphas are mixed gets a fresh destination each time, as over and over again
-// it would turn opaque; the others leave theirs alike, and a clock would cost as much as they do.
+// Onto random pixels. A row whose source alphas are mixed gets a fresh destination each time, as over and
+// over again it would turn opaque; the others leave theirs alike, and a clock would cost as much as they do.
 template <class P>
-void runRow(benchmark::State& state, RK_RowFunc<P>* row, int32_t mode, bool has_matte, const Size& size, Alphas kind) {
+void runRow(benchmark::State& state, RK_RowFunc<P>* row, int32_t mode, bool has_matte, const Size& size,
+            Alphas kind) {
     const RK_BlendModeDescriptor<P> plan = makePlan<P>(mode, has_matte);
     const std::vector<P> src = bench::pixels<P>(size.pixels, kind);
     const std::vector<P> fresh = bench::pixels<P>(size.pixels + 7, Alphas::Random);
@@ -30,20 +32,22 @@ void runRow(benchmark::State& state, RK_RowFunc<P>* row, int32_t mode, bool has_
         row(size.pixels, &plan, nullptr, src.data(), has_matte ? matte.data() : nullptr, dst.data());
     };
     if (kind == Alphas::Random || kind == Alphas::Halves)
-        bench::measureRenewed(state, size.pixels, bytes, [&] { std::memcpy(dst.data(), fresh.data() + 7, bytes); },
-                              work);
+        bench::measureRenewed(
+            state, size.pixels, bytes, [&] { std::memcpy(dst.data(), fresh.data() + 7, bytes); }, work);
     else
         bench::measure(state, size.pixels, bytes, work);
 }
 
 template <class P>
-void add(const char* name, const char* form, RK_RowFunc<P>* row, int32_t mode, bool has_matte, const Size& size) {
+void add(const char* name, const char* form, RK_RowFunc<P>* row, int32_t mode, bool has_matte,
+         const Size& size) {
     for (Alphas kind : bench::kAlphas) {
         const bool renewed = kind == Alphas::Random || kind == Alphas::Halves;
-        const std::string full = std::string("row/") + name + "/" + std::to_string(sizeof(P) * 2) + "/" + form + "/" +
-                                 size.name + (has_matte ? "/matte/" : "/") + bench::name(kind);
+        const std::string full = std::string("row/") + name + "/" + std::to_string(sizeof(P) * 2) + "/" +
+                                 form + "/" + size.name + (has_matte ? "/matte/" : "/") + bench::name(kind);
         benchmark::internal::Benchmark* const made = benchmark::RegisterBenchmark(
-            full.c_str(), [=](benchmark::State& state) { runRow<P>(state, row, mode, has_matte, size, kind); });
+            full.c_str(),
+            [=](benchmark::State& state) { runRow<P>(state, row, mode, has_matte, size, kind); });
         if (renewed) made->UseManualTime();
     }
 }
@@ -72,11 +76,11 @@ void addForms() {
 }
 
 const bool registered = [] {
-#define RK_MODE(number, name, class_, flag, does)  \
-    if (RK_kMode##class_ != RK_kModeRefused) {     \
-        addMode<RK_Pixel8>(#name, number);         \
-        addMode<RK_Pixel16>(#name, number);        \
-        addMode<RK_PixelFloat>(#name, number);     \
+#define RK_MODE(number, name, class_, flag, does) \
+    if (RK_kMode##class_ != RK_kModeRefused) {    \
+        addMode<RK_Pixel8>(#name, number);        \
+        addMode<RK_Pixel16>(#name, number);       \
+        addMode<RK_PixelFloat>(#name, number);    \
     }
 #include "RK/indep/composite/RKp_Modes.def"
     addForms<RK_Pixel8>();

@@ -24,7 +24,8 @@ RK_BlendModeDescriptor<P> planOf(int32_t mode, RK_Channel<P> opacity, bool rgb_o
 template <class P>
 class Pair {
   public:
-    Pair(RK_RowFunc<P>* body, RK_RowFunc<P>* variant, int32_t mode) : body_(body), variant_(variant), mode_(mode) {}
+    Pair(RK_RowFunc<P>* body, RK_RowFunc<P>* variant, int32_t mode)
+        : body_(body), variant_(variant), mode_(mode) {}
 
     void setPlan(RK_Channel<P> opacity, bool rgb_only) {
         plan_ = planOf<P>(mode_, opacity, rgb_only);
@@ -42,7 +43,8 @@ class Pair {
         ASSERT_EQ(0, variant_(count, &plan_, nullptr, src_row ? src.data() : got.data(), m, got.data()));
         ASSERT_TRUE(agree::sameRows(dst_row, wanted.data(), got.data()))
             << said_ << ", from " << from << " to " << to << (src_row ? "" : ", in place");
-        ASSERT_TRUE(src.unchanged() && matte.unchanged() && wanted.guardsWhole() && got.guardsWhole()) << said_;
+        ASSERT_TRUE(src.unchanged() && matte.unchanged() && wanted.guardsWhole() && got.guardsWhole())
+            << said_;
     }
 
   private:
@@ -58,8 +60,18 @@ std::vector<uint8_t> opacities(const RK_Pixel8&) {
     return all;
 }
 std::vector<float> opacities(const RK_PixelFloat&) {
-    return {1.0f, 0.5f, 0.0f, -0.0f, 1e-40f, 0.25f, 0.99999994f, 1.01f, -0.5f, 3e38f,
-            std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()};
+    return {1.0f,
+            0.5f,
+            0.0f,
+            -0.0f,
+            1e-40f,
+            0.25f,
+            0.99999994f,
+            1.01f,
+            -0.5f,
+            3e38f,
+            std::numeric_limits<float>::quiet_NaN(),
+            std::numeric_limits<float>::infinity()};
 }
 
 // Every count up to 67 at every pair of places, two opacities; a long row at every opacity.
@@ -133,11 +145,13 @@ TEST(RowVariants, OverAtFloat) { testOver<RK_PixelFloat>(); }
 TEST(RowVariants, CopyAt8Bits) { testCopy<RK_Pixel8>(); }
 TEST(RowVariants, CopyAtFloat) { testCopy<RK_PixelFloat>(); }
 
-// One result of Over at 8 bits depends on four bytes. All triples of source, destination and source alpha on an opaque
-// pixel take every path of the mix; all triples of both alphas and either colour take every quotient.
+// One result of Over at 8 bits depends on four bytes. All triples of source, destination and source alpha on
+// an opaque pixel take every path of the mix; all triples of both alphas and either colour take every
+// quotient.
 TEST(RowVariants, OverAt8BitsOnEveryTripleOfBytes) {
     if (!machine.has_ssse3) return;
-    Pair<RK_Pixel8> pair(RKp_OverRow_Static<RK_Pixel8, false>, RKp_OverRow_SSSE3<RK_Pixel8, false>, RK_Xfer_Over);
+    Pair<RK_Pixel8> pair(RKp_OverRow_Static<RK_Pixel8, false>, RKp_OverRow_SSSE3<RK_Pixel8, false>,
+                         RK_Xfer_Over);
     pair.setPlan(255, false);
     std::vector<RK_Pixel8> src(65536), dst(65536);
     for (uint32_t sa = 0; sa < 256; ++sa) {
@@ -147,8 +161,8 @@ TEST(RowVariants, OverAt8BitsOnEveryTripleOfBytes) {
                     const auto byte = [](uint32_t v) { return static_cast<uint8_t>(v); };
                     const uint8_t other = byte(x * 7 + y * 13 + sa * 29);
                     RK_Pixel8 &s = src[x * 256 + y], &d = dst[x * 256 + y];
-                    // x, y: the colours of source and destination; or the destination's alpha and either colour.
-                    // The other channels take the same pair from elsewhere.
+                    // x, y: the colours of source and destination; or the destination's alpha and either
+                    // colour. The other channels take the same pair from elsewhere.
                     if (sweep == 0) {
                         s = {byte(sa), byte(x), byte(255 - x), byte(x + 85)};
                         d = {255, byte(y), byte(y + 99), byte(255 - y)};
@@ -166,7 +180,8 @@ TEST(RowVariants, OverAt8BitsOnEveryTripleOfBytes) {
     }
 }
 
-// The quotient of the rule itself, not only of the default: v against the result of a source on a row of its own.
+// The quotient of the rule itself, not only of the default: v against the result of a source on a row of its
+// own.
 TEST(RowVariants, OverAt8BitsDividesAsTheDivideTable) {
     if (!machine.has_ssse3) return;
     std::vector<RK_Pixel8> src, dst;
@@ -178,15 +193,16 @@ TEST(RowVariants, OverAt8BitsDividesAsTheDivideTable) {
     std::vector<RK_Pixel8> out = dst;
     RK_BlendingMode<RK_Pixel8> record = {RK_Xfer_Over, 0, 255, 0};
     const RK_BlendModeDescriptor<RK_Pixel8> plan(record, false, nullptr);
-    ASSERT_EQ(0, (RKp_OverRow_SSSE3<RK_Pixel8, false>(static_cast<RK_Long>(src.size()), &plan, nullptr, src.data(),
-                                                      nullptr, out.data())));
+    ASSERT_EQ(0, (RKp_OverRow_SSSE3<RK_Pixel8, false>(static_cast<RK_Long>(src.size()), &plan, nullptr,
+                                                      src.data(), nullptr, out.data())));
     for (size_t i = 0; i < out.size(); ++i) {
         const int da = dst[i].alpha, p = RKp_G_fcm_table[da * 256 + dst[i].red];
         // p towards 0 by 1: one less from 129 / 255 on, as the wrapped product rounds.
         const int v = p - (p >= 129 ? 1 : 0);
         const int a = 255 - RKp_G_fcm_table[254 * 256 + (255 - da)];
         ASSERT_EQ(a, out[i].alpha);
-        ASSERT_EQ(std::min(255, (v * 255 + (a >> 1)) / a), out[i].red) << "alpha " << da << " colour " << int(dst[i].red);
+        ASSERT_EQ(std::min(255, (v * 255 + (a >> 1)) / a), out[i].red)
+            << "alpha " << da << " colour " << int(dst[i].red);
     }
 }
 

@@ -44,5 +44,6 @@ template RK_API RK_Long RK_BlendPipeline(RK_ProgressInfo*, RK_Long, const RK_Ble
                                          const RK_Pixel8*, const RK_Pixel8*, uint8_t*, RK_Pixel8*);
 template RK_API RK_Long RK_BlendPipeline(RK_ProgressInfo*, RK_Long, const RK_BlendModeDescriptor<RK_Pixel16>*,
                                          const RK_Pixel16*, const RK_Pixel16*, uint16_t*, RK_Pixel16*);
-template RK_API RK_Long RK_BlendPipeline(RK_ProgressInfo*, RK_Long, const RK_BlendModeDescriptor<RK_PixelFloat>*,
-                                         const RK_PixelFloat*, const RK_PixelFloat*, float*, RK_PixelFloat*);
+template RK_API RK_Long RK_BlendPipeline(RK_ProgressInfo*, RK_Long,
+                                         const RK_BlendModeDescriptor<RK_PixelFloat>*, const RK_PixelFloat*,
+                                         const RK_PixelFloat*, float*, RK_PixelFloat*);

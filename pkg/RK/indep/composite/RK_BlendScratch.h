@@ -18,13 +18,13 @@ struct RK_BlendScratch {
 };
 
 // Makes the process-wide scratch large enough and fills `out`, which may be null. With `shrink` the rows are
-// remade in the size asked for, smaller ones too. `bytes_per_channel` other than 1, 2, 4 is reported and gives 3;
-// no memory gives 4, and the old rows stay, counted as of no size. Throws 4 when the motion-blur blocks, made on
-// the first call, cannot be had. No lock: the main render's alone.
+// remade in the size asked for, smaller ones too. `bytes_per_channel` other than 1, 2, 4 is reported and
+// gives 3; no memory gives 4, and the old rows stay, counted as of no size. Throws 4 when the motion-blur
+// blocks, made on the first call, cannot be had. No lock: the main render's alone.
 RK_Long RKp_ReallocScratch(RK_Long pixels, RK_Long bytes_per_channel, bool shrink, RK_BlendScratch* out);
 
-// Allocates the seven blocks of a caller's record, whose pointers are all nulled first; stops at the first failure
-// with 4. The caller disposes of the record in either case.
+// Allocates the seven blocks of a caller's record, whose pointers are all nulled first; stops at the first
+// failure with 4. The caller disposes of the record in either case.
 RK_API RK_Long RK_AllocateMotionBlurScratch(RK_MotionBlurScratch* scratch);
 // Frees and nulls every block. Always 0.
 RK_API RK_Long RK_DisposeMotionBlurScratch(RK_MotionBlurScratch* scratch);

@@ -38,7 +38,8 @@ template void RKp_ClearAlphaOutside<RK_Pixel16>(const GEO_LRect&, const RK_Layer
 template void RKp_ClearAlphaOutside<RK_PixelFloat>(const GEO_LRect&, const RK_LayerDef&);
 
 RK_Long RK_ClearAlphaExceptRect(RK_ProgressInfo*, const GEO_Rect* keep, RK_LayerDef* world) {
-    if (world == nullptr || world->data == nullptr || keep == nullptr) return RKp_ReportBadParam(RKp_kSiteFill);
+    if (world == nullptr || world->data == nullptr || keep == nullptr)
+        return RKp_ReportBadParam(RKp_kSiteFill);
     return RKp_ForDepth(RKp_WorldDepth(world), RKp_kBadDepthText, [&](auto tag) {
         using P = typename decltype(tag)::Pixel;
         RKp_ClearAlphaOutside<P>({keep->left, keep->top, keep->right, keep->bottom}, *world);

@@ -54,12 +54,13 @@ bool isBlended(RK_Long field, int32_t y) {
 }
 
 template <class PixelOp>
-RK_Long compositeRect(RK_ProgressInfo* progress, const GEO_Rect* src_rect, uint8_t opacity, const RK_LayerDef* src,
-                      RK_Long dst_x, RK_Long dst_y, RK_Long field, RK_LayerDef* dst) {
+RK_Long compositeRect(RK_ProgressInfo* progress, const GEO_Rect* src_rect, uint8_t opacity,
+                      const RK_LayerDef* src, RK_Long dst_x, RK_Long dst_y, RK_Long field, RK_LayerDef* dst) {
     if (opacity == 0) return RK_kOK;
     if (src == nullptr || dst == nullptr) return RKp_ReportBadParam(RKp_kSiteFill);
     RKp_CompositeArea area;
-    if (!RKp_ClipComposite(src_rect != nullptr ? *src_rect : RKp_WholeRect(*src), *src, dst_x, dst_y, *dst, &area))
+    if (!RKp_ClipComposite(src_rect != nullptr ? *src_rect : RKp_WholeRect(*src), *src, dst_x, dst_y, *dst,
+                           &area))
         return RK_kOK;
 
     const PixelOp op = {opacity};
@@ -80,25 +81,25 @@ RK_Long compositeRect(RK_ProgressInfo* progress, const GEO_Rect* src_rect, uint8
 }  // namespace
 
 RK_Long RK_CompositeRectDraft_Straight(RK_ProgressInfo* progress, const GEO_Rect* src_rect, uint8_t opacity,
-                                       const RK_LayerDef* src, RK_Long dst_x, RK_Long dst_y, RK_Long field, void*,
-                                       RK_LayerDef* dst) {
+                                       const RK_LayerDef* src, RK_Long dst_x, RK_Long dst_y, RK_Long field,
+                                       void*, RK_LayerDef* dst) {
     return compositeRect<Straight>(progress, src_rect, opacity, src, dst_x, dst_y, field, dst);
 }
 
 RK_Long RK_CompositeRectBest_Straight(RK_ProgressInfo* progress, const GEO_Rect* src_rect, uint8_t opacity,
-                                      const RK_LayerDef* src, RK_Long dst_x, RK_Long dst_y, RK_Long field, void*,
-                                      RK_LayerDef* dst) {
+                                      const RK_LayerDef* src, RK_Long dst_x, RK_Long dst_y, RK_Long field,
+                                      void*, RK_LayerDef* dst) {
     return compositeRect<Straight>(progress, src_rect, opacity, src, dst_x, dst_y, field, dst);
 }
 
 RK_Long RK_CompositeRectDraft_Premul(RK_ProgressInfo* progress, const GEO_Rect* src_rect, uint8_t opacity,
-                                     const RK_LayerDef* src, RK_Long dst_x, RK_Long dst_y, RK_Long field, void*,
-                                     RK_LayerDef* dst) {
+                                     const RK_LayerDef* src, RK_Long dst_x, RK_Long dst_y, RK_Long field,
+                                     void*, RK_LayerDef* dst) {
     return compositeRect<Premul>(progress, src_rect, opacity, src, dst_x, dst_y, field, dst);
 }
 
 RK_Long RK_CompositeRectBest_Premul(RK_ProgressInfo* progress, const GEO_Rect* src_rect, uint8_t opacity,
-                                    const RK_LayerDef* src, RK_Long dst_x, RK_Long dst_y, RK_Long field, void*,
-                                    RK_LayerDef* dst) {
+                                    const RK_LayerDef* src, RK_Long dst_x, RK_Long dst_y, RK_Long field,
+                                    void*, RK_LayerDef* dst) {
     return compositeRect<Premul>(progress, src_rect, opacity, src, dst_x, dst_y, field, dst);
 }

@@ -62,8 +62,8 @@ void blendRows(const Job& job, const RKp_CompositeArea& area, RK_BlendModeDescri
             matte = RKp_MatteRow(*job.mask, y, area.dst.left, width, static_cast<P*>(scratch.matte_row));
         if (!isSkipped(job.field, y)) {
             RKp_ThrowIf(RK_BlendPipeline<P>(job.progress, width, &plan,
-                                            RKp_PixelAt<const P>(job.src, area.src_left, area.src_top + i), matte,
-                                            static_cast<RK_Channel<P>*>(scratch.alpha_save),
+                                            RKp_PixelAt<const P>(job.src, area.src_left, area.src_top + i),
+                                            matte, static_cast<RK_Channel<P>*>(scratch.alpha_save),
                                             RKp_PixelAt<P>(job.dst, area.dst.left, y)));
         }
         if ((y & 127) == 0) {
@@ -99,17 +99,25 @@ void transferRect(const Job& job) {
 
 RK_Long runTransferRect(const char* depths_differ, RK_ProgressInfo* progress, RK_Long field,
                         const GEO_Rect* src_rect, const RK_LayerDef* src, const RK_CompositeModePlus* mode,
-                        const RK_LinearBlendingTables* tables, const RK_LayerDef* mask, RK_BlendScratch* scratch,
-                        RK_Long dst_x, RK_Long dst_y, RK_LayerDef* dst) {
+                        const RK_LinearBlendingTables* tables, const RK_LayerDef* mask,
+                        RK_BlendScratch* scratch, RK_Long dst_x, RK_Long dst_y, RK_LayerDef* dst) {
     if (src == nullptr || mode == nullptr || dst == nullptr) return RKp_ReportBadParam(RKp_kSiteFill);
     const int32_t depth = RKp_WorldDepth(src);
     if (RKp_WorldDepth(dst) != depth || (mask != nullptr && RKp_WorldDepth(mask) != depth))
         return RKp_VERIFICATION(depths_differ);
 
     // A mask is handed over by the record at its head.
-    const Job job = {progress, field,  src_rect != nullptr ? *src_rect : RKp_WholeRect(*src),
-                     *src,     *mode,  tables,
-                     reinterpret_cast<const RK_Mask*>(mask), scratch, dst_x, dst_y, *dst};
+    const Job job = {progress,
+                     field,
+                     src_rect != nullptr ? *src_rect : RKp_WholeRect(*src),
+                     *src,
+                     *mode,
+                     tables,
+                     reinterpret_cast<const RK_Mask*>(mask),
+                     scratch,
+                     dst_x,
+                     dst_y,
+                     *dst};
     return RKp_AtBorder([&] {
         RKp_ThrowIf(RKp_ForDepth(depth, RKp_kBadDepthText, [&](auto tag) {
             transferRect<typename decltype(tag)::Pixel>(job);
@@ -124,14 +132,15 @@ RK_Long RK_TransferRect_S(RK_ProgressInfo* progress, void*, void*, RK_Long field
                           const RK_LayerDef* src, const RK_CompositeModePlus* mode,
                           const RK_LinearBlendingTables* tables, const RK_LayerDef* mask, RK_Long dst_x,
                           RK_Long dst_y, RK_LayerDef* dst) {
-    return runTransferRect("RK_TransferRect requires src and dst worlds to have same bit depth", progress, field,
-                           src_rect, src, mode, tables, mask, nullptr, dst_x, dst_y, dst);
+    return runTransferRect("RK_TransferRect requires src and dst worlds to have same bit depth", progress,
+                           field, src_rect, src, mode, tables, mask, nullptr, dst_x, dst_y, dst);
 }
 
-RK_Long RK_TransferRectPlus_S(RK_ProgressInfo* progress, void*, void*, RK_Long field, const GEO_Rect* src_rect,
-                              const RK_LayerDef* src, const RK_CompositeModePlus* mode,
-                              const RK_LinearBlendingTables* tables, const RK_LayerDef* mask,
-                              RK_BlendScratch* scratch, RK_Long dst_x, RK_Long dst_y, RK_LayerDef* dst) {
+RK_Long RK_TransferRectPlus_S(RK_ProgressInfo* progress, void*, void*, RK_Long field,
+                              const GEO_Rect* src_rect, const RK_LayerDef* src,
+                              const RK_CompositeModePlus* mode, const RK_LinearBlendingTables* tables,
+                              const RK_LayerDef* mask, RK_BlendScratch* scratch, RK_Long dst_x, RK_Long dst_y,
+                              RK_LayerDef* dst) {
     return runTransferRect("RK_TransferRectPlus requires src and dst worlds to have same bit depth", progress,
                            field, src_rect, src, mode, tables, mask, scratch, dst_x, dst_y, dst);
 }
@@ -140,14 +149,15 @@ RK_Long RK_TransferRect(RK_ProgressInfo* progress, void* reserved1, void* reserv
                         const GEO_Rect* src_rect, const RK_LayerDef* src, const RK_CompositeModePlus* mode,
                         const RK_LinearBlendingTables* tables, const RK_LayerDef* mask, RK_Long dst_x,
                         RK_Long dst_y, RK_LayerDef* dst) {
-    return RKp_Slot<RKp_kSlot_TransferRect>()(progress, reserved1, reserved2, field, src_rect, src, mode, tables,
-                                              mask, dst_x, dst_y, dst);
+    return RKp_Slot<RKp_kSlot_TransferRect>()(progress, reserved1, reserved2, field, src_rect, src, mode,
+                                              tables, mask, dst_x, dst_y, dst);
 }
 
 RK_Long RK_TransferRectPlus(RK_ProgressInfo* progress, void* reserved1, void* reserved2, RK_Long field,
-                            const GEO_Rect* src_rect, const RK_LayerDef* src, const RK_CompositeModePlus* mode,
-                            const RK_LinearBlendingTables* tables, const RK_LayerDef* mask,
-                            RK_BlendScratch* scratch, RK_Long dst_x, RK_Long dst_y, RK_LayerDef* dst) {
+                            const GEO_Rect* src_rect, const RK_LayerDef* src,
+                            const RK_CompositeModePlus* mode, const RK_LinearBlendingTables* tables,
+                            const RK_LayerDef* mask, RK_BlendScratch* scratch, RK_Long dst_x, RK_Long dst_y,
+                            RK_LayerDef* dst) {
     return RKp_Slot<RKp_kSlot_TransferRectPlus>()(progress, reserved1, reserved2, field, src_rect, src, mode,
                                                   tables, mask, scratch, dst_x, dst_y, dst);
 }

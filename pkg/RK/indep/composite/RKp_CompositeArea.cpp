@@ -35,7 +35,8 @@ bool RKp_ClipComposite(const GEO_Rect& src_rect, const RK_LayerDef& src, RK_Long
     const int64_t dy = place(dst_y) - src_rect.top;
     int64_t left = inside.left + dx, right = inside.right + dx;
     int64_t top = inside.top + dy, bottom = inside.bottom + dy;
-    if (!cut(left, right, 0, RKp_UsableWidth(dst)) || !cut(top, bottom, 0, RKp_UsableHeight(dst))) return false;
+    if (!cut(left, right, 0, RKp_UsableWidth(dst)) || !cut(top, bottom, 0, RKp_UsableHeight(dst)))
+        return false;
 
     area->dst = {static_cast<int32_t>(left), static_cast<int32_t>(top), static_cast<int32_t>(right),
                  static_cast<int32_t>(bottom)};

@@ -31,13 +31,14 @@ struct RKp_CompositeArea {
     int32_t height() const { return dst.bottom - dst.top; }
 };
 
-// The part of `src_rect` that lies inside `src` and, laid down with its top left at (dst_x, dst_y), inside `dst`.
-// False, and `area` is not written, when nothing is left; a reversed rectangle is empty. Any place is safe.
+// The part of `src_rect` that lies inside `src` and, laid down with its top left at (dst_x, dst_y), inside
+// `dst`. False, and `area` is not written, when nothing is left; a reversed rectangle is empty. Any place is
+// safe.
 bool RKp_ClipComposite(const GEO_Rect& src_rect, const RK_LayerDef& src, RK_Long dst_x, RK_Long dst_y,
                        const RK_LayerDef& dst, RKp_CompositeArea* area);
 
-// Cuts the area down to the destination pixels that `mask` covers with its top left at (mask_x, mask_y). False, and
-// `area` is not written, when nothing is left.
+// Cuts the area down to the destination pixels that `mask` covers with its top left at (mask_x, mask_y).
+// False, and `area` is not written, when nothing is left.
 bool RKp_ClipToMask(const RK_LayerDef& mask, int32_t mask_x, int32_t mask_y, RKp_CompositeArea* area);
 
 #endif

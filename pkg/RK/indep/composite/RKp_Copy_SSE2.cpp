@@ -1,5 +1,5 @@
-// RK_Xfer_Copy's rows, four pixels at a time, at 8 bits and at float. A row that changes nothing on its way is one
-// block copy, which is the default's. Loads and stores take any alignment.
+// RK_Xfer_Copy's rows, four pixels at a time, at 8 bits and at float. A row that changes nothing on its way
+// is one block copy, which is the default's. Loads and stores take any alignment.
 #include <emmintrin.h>
 
 #include "RK/indep/composite/RKp_RowVariants.h"

@@ -51,9 +51,15 @@ const P* RKp_MatteRow(const RK_Mask& mask, int32_t y, int32_t left, int32_t coun
     if (begin < end) {
         const P* inside = RKp_PixelAt<const P>(mask.world, first + begin, mask_row);
         switch (kind) {
-            case RK_kMaskInvertedAlpha: computeRow<P, false, true>(inside, end - begin, matte_row + begin); break;
-            case RK_kMaskLuma: computeRow<P, true, false>(inside, end - begin, matte_row + begin); break;
-            default: computeRow<P, true, true>(inside, end - begin, matte_row + begin); break;
+            case RK_kMaskInvertedAlpha:
+                computeRow<P, false, true>(inside, end - begin, matte_row + begin);
+                break;
+            case RK_kMaskLuma:
+                computeRow<P, true, false>(inside, end - begin, matte_row + begin);
+                break;
+            default:
+                computeRow<P, true, true>(inside, end - begin, matte_row + begin);
+                break;
         }
     }
     fillAlpha(matte_row, end, count, outside);

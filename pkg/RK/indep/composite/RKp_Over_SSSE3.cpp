@@ -1,9 +1,9 @@
-// RK_Xfer_Over's rows: sixteen pixels at a time at 8 bits, four at float. Kernels stand in the unnamed namespace and use
-// intrinsics alone: nothing that other sources share may be emitted with these instructions. Loads and stores take any
-// alignment, and cost no more where an address happens to be aligned.
+// RK_Xfer_Over's rows: sixteen pixels at a time at 8 bits, four at float. Kernels stand in the unnamed
+// namespace and use intrinsics alone: nothing that other sources share may be emitted with these
+// instructions. Loads and stores take any alignment, and cost no more where an address happens to be aligned.
 //
-// Legend: s, d source and destination; sa, da their alphas, sa after opacity and matte; a the result's alpha; p the
-// premultiplied destination, v the premultiplied result.
+// Legend: s, d source and destination; sa, da their alphas, sa after opacity and matte; a the result's alpha;
+// p the premultiplied destination, v the premultiplied result.
 #include <tmmintrin.h>
 
 #include "RK/indep/composite/RKp_RowVariants.h"
@@ -25,8 +25,8 @@ inline Int8 over255(Int8 t) { return _mm_mulhi_epu16(t, each(257)); }
 // The rounded product over 255.
 inline Int8 mul(Int8 x, Int8 y) { return over255(_mm_add_epi16(_mm_mullo_epi16(x, y), each(128))); }
 
-// p moved towards s by sa. The default's signed product, wrapped where s < p, comes to one more in the rounding term
-// there: (p * inv(sa) + s * sa + 128 + (s < p)) over 255, for all values.
+// p moved towards s by sa. The default's signed product, wrapped where s < p, comes to one more in the
+// rounding term there: (p * inv(sa) + s * sa + 128 + (s < p)) over 255, for all values.
 inline Int8 lerp(Int8 p, Int8 s, Int8 sa, Int8 inv_sa) {
     const Int8 down = _mm_cmpgt_epi16(p, s);
     const Int8 part = _mm_sub_epi16(_mm_add_epi16(_mm_mullo_epi16(s, sa), each(128)), down);
@@ -70,29 +70,34 @@ inline Int8 inverse(Int8 a) {
 
 // What the alphas of eight pixels come to.
 struct Alphas8 {
-    Int8 result;           // their union
-    Int8 sa, inv_sa, da;   // as the formulas take them
+    Int8 result;          // their union
+    Int8 sa, inv_sa, da;  // as the formulas take them
     Int8 divisor, inverse_divisor;
 };
-// Two ways are exceptions: a clear source changes nothing, and one on nothing keeps its colour. The union is their
-// alpha too, and the formulas give their colours, undivided, when the one's destination and the other's source are
-// taken as full.
+// Two ways are exceptions: a clear source changes nothing, and one on nothing keeps its colour. The union is
+// their alpha too, and the formulas give their colours, undivided, when the one's destination and the other's
+// source are taken as full.
 inline Alphas8 meet(Int8 sa, Int8 da) {
     const Int8 zero = _mm_setzero_si128(), inv_sa = inv(sa);
     const Int8 result = inv(mul(inv_sa, inv(da)));
     const Int8 clear = _mm_srli_epi16(_mm_cmpeq_epi16(sa, zero), 8);
     const Int8 undivided = _mm_srli_epi16(_mm_cmpeq_epi16(_mm_min_epi16(sa, da), zero), 8);
     const Int8 divisor = _mm_or_si128(result, undivided), on_nothing = _mm_xor_si128(undivided, clear);
-    return {result,  _mm_or_si128(sa, on_nothing), _mm_andnot_si128(on_nothing, inv_sa), _mm_or_si128(da, clear),
-            divisor, inverse(divisor)};
+    return {result,
+            _mm_or_si128(sa, on_nothing),
+            _mm_andnot_si128(on_nothing, inv_sa),
+            _mm_or_si128(da, clear),
+            divisor,
+            inverse(divisor)};
 }
 
-// The six colours of sixteen pixels side by side: each step has six independent operations, which hide its latency.
+// The six colours of sixteen pixels side by side: each step has six independent operations, which hide its
+// latency.
 #define RKP_SIX for (int k = 0; k < 6; ++k)
 
-// Onto pixels of any alpha. A premultiplied v is divided as the divide table has it, (v * 255 + (a >> 1)) / a: the
-// product with the floored inverse is that quotient or 1 less, and the remainder tells which. v never exceeds a, so
-// the quotient is a byte.
+// Onto pixels of any alpha. A premultiplied v is divided as the divide table has it, v * 255 + (a >> 1) over
+// a: the product with the floored inverse is that quotient or 1 less, and the remainder tells which. v never
+// exceeds a, so the quotient is a byte.
 inline void blend16(const Int8* s, const Int8* d, const Alphas8* f, RK_Pixel8* out) {
     Int8 half[2], below[2], p[6], v[6], rest[6], q[6];
     for (int h = 0; h < 2; ++h) {
@@ -157,8 +162,8 @@ inline RK_Long copyOpaqueRun(RK_Long count, const RK_Pixel8* src, RK_Pixel8* out
     return i;
 }
 
-// Pixels done of a row whose source alphas stand as they are, by sixteen. Most pixels of most layers are clear or
-// opaque, in long runs.
+// Pixels done of a row whose source alphas stand as they are, by sixteen. Most pixels of most layers are
+// clear or opaque, in long runs.
 inline RK_Long overPlainRow(RK_Long count, const RK_Pixel8* src, RK_Pixel8* out) {
     RK_Long i = 0;
     while (count - i >= 16) {
@@ -199,14 +204,16 @@ inline RK_Long overScaledRow(RK_Long count, uint8_t opacity, const RK_Pixel8* sr
             sa0 = mul(sa0, loadAlphas(matte + i));
             sa8 = mul(sa8, loadAlphas(matte + i + 8));
         }
-        if (!allSet(_mm_cmpeq_epi16(_mm_or_si128(sa0, sa8), _mm_setzero_si128()))) over16(s0, s8, sa0, sa8, out + i);
+        if (!allSet(_mm_cmpeq_epi16(_mm_or_si128(sa0, sa8), _mm_setzero_si128())))
+            over16(s0, s8, sa0, sa8, out + i);
     }
     return i;
 }
 
 // A full opacity leaves every alpha as it is, so a matte's row needs no form without it.
 template <bool has_matte>
-RK_Long overRow(RK_Long count, uint8_t opacity, const RK_Pixel8* src, const RK_Pixel8* matte, RK_Pixel8* out) {
+RK_Long overRow(RK_Long count, uint8_t opacity, const RK_Pixel8* src, const RK_Pixel8* matte,
+                RK_Pixel8* out) {
     if (!has_matte && opacity == 255) return overPlainRow(count, src, out);
     return overScaledRow<has_matte>(count, opacity, src, matte, out);
 }
@@ -250,8 +257,8 @@ inline Float4 mix(Float4 s, Float4 d, Float4 sa, Float4 da) {
     return _mm_add_ps(p, _mm_mul_ps(_mm_sub_ps(s, p), sa));
 }
 inline Pixels4 choose(Float4 mask, const Pixels4& yes, const Pixels4& no) {
-    return {choose(mask, yes.alpha, no.alpha), choose(mask, yes.red, no.red), choose(mask, yes.green, no.green),
-            choose(mask, yes.blue, no.blue)};
+    return {choose(mask, yes.alpha, no.alpha), choose(mask, yes.red, no.red),
+            choose(mask, yes.green, no.green), choose(mask, yes.blue, no.blue)};
 }
 
 template <bool has_matte>
@@ -265,7 +272,8 @@ inline void over4(const RK_PixelFloat* src, const RK_PixelFloat* matte, Float4 o
     if (_mm_movemask_ps(clear) == 15) return;
     const Float4 opaque = _mm_cmpeq_ps(sa, one);
     if (_mm_movemask_ps(opaque) == 15) {
-        return store4(out, _mm_move_ss(s0, one), _mm_move_ss(s1, one), _mm_move_ss(s2, one), _mm_move_ss(s3, one));
+        return store4(out, _mm_move_ss(s0, one), _mm_move_ss(s1, one), _mm_move_ss(s2, one),
+                      _mm_move_ss(s3, one));
     }
 
     Pixels4 s = turn(s0, s1, s2, s3);
