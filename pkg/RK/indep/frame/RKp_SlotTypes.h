@@ -7,6 +7,7 @@
 
 struct RK_CompositeModePlus;
 struct RK_BlendScratch;
+struct RK_SampPB;
 template <class P>
 struct RK_BlendingMode;
 template <class P>
@@ -54,5 +55,21 @@ using RKp_GetInnerBlendingFuncFunc = RK_Long(RK_Long mode, RK_InnerBlendingFunc<
 template <class P>
 using RKp_MakePlanFunc = void(RK_BlendModeDescriptor<P>* self, RK_BlendingMode<P>& mode, bool has_matte,
                               const RK_LinearBlendingTables* tables);
+
+// Samplers, as sample/RK_Samp.h tells them.
+template <class P>
+using RKp_SamplerFunc = RK_Long(void* ref, int32_t x, int32_t y, const RK_SampPB* pb, P* out);
+template <class P>
+using RKp_SamplerPlusFunc = RK_Long(void* ref, int32_t x, int32_t y, const RK_SampPB* pb, uint8_t* all_inside, P* out);
+template <class P>
+using RKp_SamplerTranslateFunc = RK_Long(void* ref, int32_t x, int32_t y, const double weights[4], const RK_SampPB* pb,
+                                         P* out);
+template <class P>
+using RKp_SamplerSpanFunc = RK_Long(void* ref, RK_Long count, int32_t x, int32_t y, const RK_SampPB* pb,
+                                    int32_t* alpha_sum, P* out);
+using RKp_ComputeWeightFunc = RK_Long(uint16_t xfrac, uint16_t yfrac, double weights[4]);
+using RKp_Sampler4Func = RK_Long(void* ref, const int32_t xy[8], const RK_SampPB* pb, RK_Pixel8 out[4]);
+using RKp_SamplerTranslate4Func = RK_Long(void* ref, const int32_t xy[8], const double weights[16],
+                                          const RK_SampPB* pb, RK_Pixel8 out[4]);
 
 #endif
