@@ -12,6 +12,8 @@
 #include "RK/indep/passes/RK_Premul.h"
 #include "RK/indep/passes/RKp_AlphaMerge.h"
 #include "RK/indep/passes/RKp_MatteScans.h"
+#include "RK/indep/sample/RK_AreaSample.h"
+#include "RK/indep/sample/RK_SubpixelSample.h"
 
 void* RKp_G_OverFuncs[RK_kSlotCount];
 
