@@ -34,7 +34,7 @@ RK_Long RK_SubpixelSample_Premul(void*, int32_t x, int32_t y, const RK_SampPB* p
     const int32_t xi = x >> 16, yi = y >> 16;
     const auto neighbour = [&](Sides column, Sides row) {
         const bool taken = (columns & column) != 0 && (rows & row) != 0;
-        return taken ? *RKp_PixelAt<RK_Pixel8>(src, xi + (column == kSecond), yi + (row == kSecond)) : RK_Pixel8{};
+        return taken ? *RKp_SourcePixel<RK_Pixel8>(src, xi + (column == kSecond), yi + (row == kSecond)) : RK_Pixel8{};
     };
     const RK_Pixel8 p00 = neighbour(kFirst, kFirst), p10 = neighbour(kSecond, kFirst);
     const RK_Pixel8 p01 = neighbour(kFirst, kSecond), p11 = neighbour(kSecond, kSecond);

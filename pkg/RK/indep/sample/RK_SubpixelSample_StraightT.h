@@ -30,7 +30,7 @@ inline RKp_Weights<W> RKp_BilinearWeights(int32_t x, int32_t y) {
 }
 
 template <class P>
-inline const P* RKp_PixelAt(const RK_LayerDef& src, int32_t xi, int32_t yi) {
+inline const P* RKp_SourcePixel(const RK_LayerDef& src, int32_t xi, int32_t yi) {
     return reinterpret_cast<const P*>(static_cast<const char*>(src.data) +
                                       static_cast<ptrdiff_t>(yi) * src.rowbytes) +
            xi;
@@ -47,7 +47,7 @@ inline constexpr P RKp_kZeroPixel{};
 
 template <class P>
 inline RKp_Neighbours<P> RKp_NeighboursInside(const RK_LayerDef& src, int32_t x, int32_t y) {
-    const P* top = RKp_PixelAt<P>(src, x >> 16, y >> 16);
+    const P* top = RKp_SourcePixel<P>(src, x >> 16, y >> 16);
     const P* bottom = reinterpret_cast<const P*>(reinterpret_cast<const char*>(top) + src.rowbytes);
     return {top[0], top[1], bottom[0], bottom[1]};
 }
@@ -57,16 +57,16 @@ inline RKp_Neighbours<P> RKp_NeighboursClipped(const RK_LayerDef& src, int32_t x
     const bool left = xi >= 0 && xi < src.width, right = xi + 1 >= 0 && xi + 1 < src.width;
     const bool top = yi >= 0 && yi < src.height, bottom = yi + 1 >= 0 && yi + 1 < src.height;
     *all_inside = left && right && top && bottom;
-    return {left && top ? *RKp_PixelAt<P>(src, xi, yi) : RKp_kZeroPixel<P>,
-            right && top ? *RKp_PixelAt<P>(src, xi + 1, yi) : RKp_kZeroPixel<P>,
-            left && bottom ? *RKp_PixelAt<P>(src, xi, yi + 1) : RKp_kZeroPixel<P>,
-            right && bottom ? *RKp_PixelAt<P>(src, xi + 1, yi + 1) : RKp_kZeroPixel<P>};
+    return {left && top ? *RKp_SourcePixel<P>(src, xi, yi) : RKp_kZeroPixel<P>,
+            right && top ? *RKp_SourcePixel<P>(src, xi + 1, yi) : RKp_kZeroPixel<P>,
+            left && bottom ? *RKp_SourcePixel<P>(src, xi, yi + 1) : RKp_kZeroPixel<P>,
+            right && bottom ? *RKp_SourcePixel<P>(src, xi + 1, yi + 1) : RKp_kZeroPixel<P>};
 }
 template <class P>
 inline P RKp_WholePixelClipped(const RK_LayerDef& src, int32_t x, int32_t y) {
     const int32_t xi = x >> 16, yi = y >> 16;
     const bool inside = xi >= 0 && xi < src.width && yi >= 0 && yi < src.height;
-    return inside ? *RKp_PixelAt<P>(src, xi, yi) : RKp_kZeroPixel<P>;
+    return inside ? *RKp_SourcePixel<P>(src, xi, yi) : RKp_kZeroPixel<P>;
 }
 
 // ---- Forms ----------------------------------------------------------------------------------------------
@@ -187,7 +187,7 @@ inline typename Form::Pixel RKp_SampleClipped(int32_t x, int32_t y, const RK_Lay
 template <class Form, class MakeWeights>
 inline typename Form::Pixel RKp_SampleInside(int32_t x, int32_t y, const RK_LayerDef& src, MakeWeights&& weights) {
     using P = typename Form::Pixel;
-    if (Form::kShortcuts && RKp_IsWhole(x, y)) return *RKp_PixelAt<P>(src, x >> 16, y >> 16);
+    if (Form::kShortcuts && RKp_IsWhole(x, y)) return *RKp_SourcePixel<P>(src, x >> 16, y >> 16);
     return RKp_SampleNeighbours<Form>(RKp_NeighboursInside<P>(src, x, y), weights);
 }
 
