@@ -14,6 +14,7 @@
 #include "RK/indep/passes/RKp_MatteScans.h"
 #include "RK/indep/sample/RK_AreaSample.h"
 #include "RK/indep/sample/RK_SubpixelSample.h"
+#include "RK/indep/sample/RK_TransformWorld.h"
 
 void* RKp_G_OverFuncs[RK_kSlotCount];
 

@@ -5,9 +5,11 @@
 #include "RK/indep/frame/RK.h"
 #include "RK/indep/frame/RKp_Depth.h"
 
+struct RK_CompositeMode;
 struct RK_CompositeModePlus;
 struct RK_BlendScratch;
 struct RK_SampPB;
+struct RK_TransformMask;
 template <class P>
 struct RK_BlendingMode;
 template <class P>
@@ -55,6 +57,18 @@ using RKp_GetInnerBlendingFuncFunc = RK_Long(RK_Long mode, RK_InnerBlendingFunc<
 template <class P>
 using RKp_MakePlanFunc = void(RK_BlendModeDescriptor<P>* self, RK_BlendingMode<P>& mode, bool has_matte,
                               const RK_LinearBlendingTables* tables);
+
+using RKp_TransformWorldFunc = RK_Long(RK_ProgressInfo* progress, RK_Long quality, RK_Long mode_flags, RK_Long field,
+                                       const RK_World* src, const RK_CompositeMode* comp_mode,
+                                       const RK_LinearBlendingTables* linear_tables, const RK_TransformMask* mask,
+                                       const GEO_Matrix3* matrices, RK_Long matrix_count, uint8_t src2dst,
+                                       const GEO_Rect* dest_rect, RK_World* dst);
+using RKp_TransformWorldPlusFunc = RK_Long(RK_ProgressInfo* progress, RK_Long quality, RK_Long mode_flags,
+                                           RK_Long field, const RK_World* src, const RK_CompositeMode* comp_mode,
+                                           const RK_LinearBlendingTables* linear_tables, const RK_TransformMask* mask,
+                                           RK_BlendScratch* scratch, const GEO_Matrix3* matrices,
+                                           RK_Long matrix_count, uint8_t src2dst, const GEO_Rect* dest_rect,
+                                           RK_World* dst);
 
 // Samplers, as sample/RK_Samp.h tells them.
 template <class P>

@@ -149,6 +149,16 @@ RK_Long RKp_MakeWalk(const GEO_Matrix3& matrix, bool src2dst, const GEO_LRect& w
     return RK_kOK;
 }
 
+bool RKp_AffectedRect(const RKp_TransformJob& job, GEO_LRect* affected) {
+    const bool inverts = makePair(job.matrices[0], job.src2dst).inverts &&
+                         makePair(job.matrices[job.matrix_count - 1], job.src2dst).inverts;
+    const GEO_LRect clip = RKp_Intersect(job.dest, {0, 0, job.dst_width, job.dst_height});
+    const GEO_LRect limit = job.has_mask_rect ? RKp_Intersect(clip, job.mask_rect) : clip;
+    if (inverts && RKp_IsEmpty(limit)) return false;
+    *affected = inverts && !job.stencil ? workingRect(job, limit) : clip;
+    return true;
+}
+
 RKp_TransformSetup RKp_SetUpTransform(const RKp_TransformJob& job, bool field) {
     RKp_TransformSetup setup{};
     setup.path = RKp_TransformPath::Nothing;

@@ -56,6 +56,10 @@ struct RKp_TransformSetup {
 
 RKp_TransformSetup RKp_SetUpTransform(const RKp_TransformJob& job, bool field);
 
+// What a transform will affect: the working rectangle, or `dest` inside the destination where the matrices do not invert
+// or the mode is a stencil. False, and nothing is written, when `dest`, destination and mask have nothing in common.
+bool RKp_AffectedRect(const RKp_TransformJob& job, GEO_LRect* affected);
+
 // The walk of one matrix of a GeneralMotion, from the working rectangle's corner. 1, and nothing is written, when it does
 // not invert.
 RK_Long RKp_MakeWalk(const GEO_Matrix3& matrix, bool src2dst, const GEO_LRect& work, RKp_Walk* walk);
