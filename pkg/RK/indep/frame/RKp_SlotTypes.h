@@ -81,6 +81,9 @@ using RKp_SamplerTranslateFunc = RK_Long(void* ref, int32_t x, int32_t y, const 
 template <class P>
 using RKp_SamplerSpanFunc = RK_Long(void* ref, RK_Long count, int32_t x, int32_t y, const RK_SampPB* pb,
                                     int32_t* alpha_sum, P* out);
+template <class P>
+using RKp_BehindScanFunc = RK_Long(void* ref, int16_t count, const int32_t line[4], const int32_t steps[4],
+                                   const RK_SampPB* pb, P* pixels);
 using RKp_ComputeWeightFunc = RK_Long(uint16_t xfrac, uint16_t yfrac, double weights[4]);
 using RKp_Sampler4Func = RK_Long(void* ref, const int32_t xy[8], const RK_SampPB* pb, RK_Pixel8 out[4]);
 using RKp_SamplerTranslate4Func = RK_Long(void* ref, const int32_t xy[8], const double weights[16],
