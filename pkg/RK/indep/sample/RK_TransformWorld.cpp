@@ -10,6 +10,7 @@
 #include "RK/indep/frame/RKp_Report.h"
 #include "RK/indep/sample/RKp_TransformFinish.h"
 #include "RK/indep/sample/RKp_TransformScansT.h"
+#include "RK/indep/world/RK_WorldXT.h"
 #include "RK/indep/world/RKp_ForDepth.h"
 
 namespace {
