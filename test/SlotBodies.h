@@ -10,5 +10,9 @@
 #include "RK/indep/passes/RK_Premul.h"
 #include "RK/indep/passes/RKp_AlphaMerge.h"
 #include "RK/indep/passes/RKp_MatteScans.h"
+#include "RK/indep/sample/RK_AreaSample.h"
+#include "RK/indep/sample/RK_Batch.h"
+#include "RK/indep/sample/RK_SubpixelSample.h"
+#include "RK/indep/sample/RK_TransformWorld.h"
 
 #endif

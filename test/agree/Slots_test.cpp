@@ -3,6 +3,7 @@
 #include "refhost/RefHost.h"
 #include "test/SlotBodies.h"
 #include "test/agree/Checkers.h"
+#include "test/agree/SamplerChecker.h"
 
 namespace {
 
