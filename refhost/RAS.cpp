@@ -44,7 +44,8 @@ RK_Long RAS_NewWorld(int32_t, int32_t, int32_t, const GEO_Rect* bounds, int32_t 
                       0,
                       nullptr,
                       rowbytes,
-                      pixels};
+                      pixels,
+                      0};
     *out = &bitmap->record_pointer;
     return 0;
 }
@@ -68,6 +69,11 @@ void RAS_DisposeWorld(RAS_World** world) {
     if (!world) return;
     RefHost::FreeBlock((*world)->store);
     RefHost::FreeBlock(bitmapOf(world));
+}
+
+int32_t RAS_GetChannelOrder(RAS_World** world) { return world ? (*world)->channel_order : 0; }
+void RAS_SetChannelOrder(RAS_World** world, int32_t order) {
+    if (world) (*world)->channel_order = order;
 }
 
 void* RASp_GetPixBaseAddr(RAS_World** world) { return world ? (*world)->store : nullptr; }

@@ -13,6 +13,7 @@ struct RAS_World {
     void* base;  // null while unknown: ask RASp_GetPixBaseAddr
     int32_t rowbytes;
     void* store;  // the host's own
+    int32_t channel_order;
 };
 
 // Makes a bitmap of `bits_per_pixel` in the size of `bounds`; `*out` receives the handle. 0, 4 or 3.
@@ -23,6 +24,10 @@ RK_HOST_API RK_Long RAS_NewWorld(int32_t zero1, int32_t zero2, int32_t eight, co
 RK_HOST_API RK_Long RAS_LoadLockPixels(int32_t one, RAS_World** world, int32_t zero1, int32_t zero2);
 RK_HOST_API void RAS_UnlockPixels(RAS_World** world);
 RK_HOST_API void RAS_DisposeWorld(RAS_World** world);
+
+// The order of a 32-bit bitmap's channels in memory: 0 alpha first, 1 blue first. A host sets it when it makes one.
+RK_HOST_API int32_t RAS_GetChannelOrder(RAS_World** world);
+RK_HOST_API void RAS_SetChannelOrder(RAS_World** world, int32_t order);
 
 // The address of the first pixel of row 0.
 RK_HOST_API void* RASp_GetPixBaseAddr(RAS_World** world);

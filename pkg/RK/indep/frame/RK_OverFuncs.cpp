@@ -8,6 +8,7 @@
 #include "RK/indep/composite/RK_CompositeRect.h"
 #include "RK/indep/composite/RK_Xfer.h"
 #include "RK/indep/composite/RKp_TransferRect.h"
+#include "RK/indep/passes/RK_CopyBits.h"
 #include "RK/indep/passes/RK_Iterate.h"
 #include "RK/indep/passes/RK_Premul.h"
 #include "RK/indep/passes/RKp_AlphaMerge.h"

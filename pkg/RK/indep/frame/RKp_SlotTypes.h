@@ -58,6 +58,9 @@ template <class P>
 using RKp_MakePlanFunc = void(RK_BlendModeDescriptor<P>* self, RK_BlendingMode<P>& mode, bool has_matte,
                               const RK_LinearBlendingTables* tables);
 
+using RKp_CopyBitsFunc = RK_Long(RK_ProgressInfo* progress, const RK_LayerDef* src, RK_LayerDef* dst,
+                                 const GEO_Rect* src_rect, const GEO_Rect* dst_rect);
+
 using RKp_TransformWorldFunc = RK_Long(RK_ProgressInfo* progress, RK_Long quality, RK_Long mode_flags, RK_Long field,
                                        const RK_World* src, const RK_CompositeMode* comp_mode,
                                        const RK_LinearBlendingTables* linear_tables, const RK_TransformMask* mask,

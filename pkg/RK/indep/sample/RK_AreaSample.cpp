@@ -81,7 +81,7 @@ RK_Long RKp_AreaSample8_Portable(void* ref, int32_t x, int32_t y, const RK_SampP
 RK_Long RKp_AreaSample16_Portable(void* ref, int32_t x, int32_t y, const RK_SampPB* pb, RK_Pixel16* out) {
     return RK_AreaSample_CPlusPlus(static_cast<RK_ProgressInfo*>(ref), x, y, pb, out);
 }
-RK_Long RKp_AreaSampleFloat(void* ref, int32_t x, int32_t y, const RK_SampPB* pb, RK_PixelFloat* out) {
+RK_Long RK_AreaSampleFloat(void* ref, int32_t x, int32_t y, const RK_SampPB* pb, RK_PixelFloat* out) {
     return RK_AreaSample_CPlusPlus(static_cast<RK_ProgressInfo*>(ref), x, y, pb, out);
 }
 

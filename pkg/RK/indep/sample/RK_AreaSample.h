@@ -24,6 +24,6 @@ RK_API RK_Sampler<RK_Pixel8> RK_AreaSample_Premul;
 // in the slots, and these adapt their first argument.
 RK_Sampler<RK_Pixel8> RKp_AreaSample8_Static, RKp_AreaSample8_Portable;
 RK_Sampler<RK_Pixel16> RKp_AreaSample16_Static, RKp_AreaSample16_Portable;
-RK_Sampler<RK_PixelFloat> RKp_AreaSampleFloat;
+RK_Sampler<RK_PixelFloat> RK_AreaSampleFloat;
 
 #endif

@@ -27,7 +27,7 @@ RK_SamplerBundle<RK_Pixel16> RKp_GetSamplerBundle<RK_Pixel16>() {
 template <>
 RK_SamplerBundle<RK_PixelFloat> RKp_GetSamplerBundle<RK_PixelFloat>() {
     return {&RK_SubpixelSpanSampleAllInCPlusPlusFloat, &RK_SubpixelCPlusPlusFloat,
-            &RKp_AreaSampleFloat,                      &RK_SubpixelCPlusPlusNoClipFloat,
+            &RK_AreaSampleFloat,                      &RK_SubpixelCPlusPlusNoClipFloat,
             &RK_SubpixelSampleTranslateNoClipCPlusPlusFloat, &RK_SubpixelSpanSampleCPlusPlusFloat};
 }
 
