@@ -13,7 +13,7 @@ struct RAS_World {
     void* base;  // null while unknown: ask RASp_GetPixBaseAddr
     int32_t rowbytes;
     void* store;  // the host's own
-    int32_t channel_order;
+    int32_t channel_order = 0;
 };
 
 // Makes a bitmap of `bits_per_pixel` in the size of `bounds`; `*out` receives the handle. 0, 4 or 3.
