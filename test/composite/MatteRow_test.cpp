@@ -1,4 +1,4 @@
-#include "RK/indep/composite/RKp_MatteRow.h"
+#include "RK/indep/composite/RK_MatteRow.h"
 
 #include <cstring>
 #include <limits>
@@ -50,7 +50,7 @@ TYPED_TEST(MatteRow, InsideOutsideAndAcrossTheMaskAtEveryPlace) {
                 const RK_Mask mask = maskOf(picture, mask_x, 5, kind);
                 for (P& p : row) p = {0, 1, 2, 3};
                 const int32_t left = 2, count = 20;
-                ASSERT_EQ(RKp_MatteRow(mask, y, left, count, row.data()), row.data());
+                ASSERT_EQ(RK_MatteRow(mask, y, left, count, row.data()), row.data());
                 for (int32_t x = 0; x < count; ++x) {
                     const P& got = row[size_t(x)];
                     ASSERT_EQ(got.alpha, wantedAt(picture, kind, y - 5, left + x - mask_x))
@@ -67,7 +67,7 @@ TYPED_TEST(MatteRow, PlainAlphaIsReadInPlace) {
     using P = TypeParam;
     test::Picture<P> picture(7, 3, 2);
     const RK_Mask mask = maskOf(picture, -3, 10, RK_kMaskAlpha);
-    EXPECT_EQ(RKp_MatteRow<P>(mask, 11, 2, 2, nullptr), &picture.at(5, 1));
+    EXPECT_EQ(RK_MatteRow<P>(mask, 11, 2, 2, nullptr), &picture.at(5, 1));
 }
 
 TYPED_TEST(MatteRow, RandomPixelsOfEveryKind) {
@@ -76,7 +76,7 @@ TYPED_TEST(MatteRow, RandomPixelsOfEveryKind) {
     picture.fillRandom(77);
     std::vector<P> row(5000);
     for (uint32_t kind : {1u, 2u, 3u}) {
-        RKp_MatteRow(maskOf(picture, 0, 0, kind), 0, 0, 5000, row.data());
+        RK_MatteRow(maskOf(picture, 0, 0, kind), 0, 0, 5000, row.data());
         for (int32_t x = 0; x < 5000; ++x)
             ASSERT_EQ(row[size_t(x)].alpha, wantedAt(picture, kind, 0, x)) << test::text(picture.at(x, 0));
     }
@@ -88,9 +88,9 @@ TYPED_TEST(MatteRow, PlainLumaIsFullBelowTheMaskAndZeroBesideIt) {
     test::Picture<P> picture(2, 2);
     const RK_Mask mask = maskOf(picture, 0, 0, RK_kMaskLuma);
     P row[3];
-    RKp_MatteRow(mask, 2, 0, 3, row);
+    RK_MatteRow(mask, 2, 0, 3, row);
     for (const P& p : row) EXPECT_EQ(p.alpha, test::kFull<P>);
-    RKp_MatteRow(mask, 1, 2, 3, row);
+    RK_MatteRow(mask, 1, 2, 3, row);
     for (const P& p : row) EXPECT_EQ(p.alpha, 0);
 }
 
@@ -102,11 +102,11 @@ TYPED_TEST(MatteRow, OfTheKindTheLowTwoBitsCount) {
     for (uint32_t kind : {1u, 2u, 3u}) {
         std::memset(plain, 0, sizeof plain);
         std::memset(odd, 0, sizeof odd);
-        RKp_MatteRow(maskOf(picture, 0, 0, kind), 0, 0, 4, plain);
-        RKp_MatteRow(maskOf(picture, 0, 0, kind | 0xFFFFFFF0u), 0, 0, 4, odd);
+        RK_MatteRow(maskOf(picture, 0, 0, kind), 0, 0, 4, plain);
+        RK_MatteRow(maskOf(picture, 0, 0, kind | 0xFFFFFFF0u), 0, 0, 4, odd);
         EXPECT_EQ(0, std::memcmp(plain, odd, sizeof plain));
     }
-    EXPECT_EQ(RKp_MatteRow<P>(maskOf(picture, 0, 0, 4), 0, 1, 2, nullptr), &picture.at(1, 0));
+    EXPECT_EQ(RK_MatteRow<P>(maskOf(picture, 0, 0, 4), 0, 1, 2, nullptr), &picture.at(1, 0));
 }
 
 TYPED_TEST(MatteRow, AMaskOfNoPixelsOrOddSizeIsOutsideEverywhere) {
@@ -118,7 +118,7 @@ TYPED_TEST(MatteRow, AMaskOfNoPixelsOrOddSizeIsOutsideEverywhere) {
         if (fault == 1) mask.world.width = -5;
         if (fault == 2) mask.world.height = std::numeric_limits<int32_t>::min();
         P row[4] = {};
-        RKp_MatteRow(mask, 1, 0, 4, row);
+        RK_MatteRow(mask, 1, 0, 4, row);
         for (const P& p : row) EXPECT_EQ(p.alpha, test::kFull<P>);
     }
 }
@@ -129,9 +129,9 @@ TYPED_TEST(MatteRow, PlacesAtTheirLimitsDoNotWrap) {
     P row[2];
     for (int16_t place : {INT16_MIN, INT16_MAX}) {
         for (int32_t at : {0, INT32_MAX - 2}) {
-            RKp_MatteRow(maskOf(picture, place, place, RK_kMaskInvertedAlpha), at, at, 2, row);
+            RK_MatteRow(maskOf(picture, place, place, RK_kMaskInvertedAlpha), at, at, 2, row);
             EXPECT_EQ(row[0].alpha, test::kFull<P>);
-            RKp_MatteRow(maskOf(picture, place, 0, RK_kMaskLuma), 0, at, 2, row);
+            RK_MatteRow(maskOf(picture, place, 0, RK_kMaskLuma), 0, at, 2, row);
             EXPECT_EQ(row[1].alpha, 0);
         }
     }
@@ -145,7 +145,7 @@ TYPED_TEST(MatteRow, NegativeRowbytesRunUpwards) {
     mask.world.data = picture.row(1);
     mask.world.rowbytes = -mask.world.rowbytes;
     P row[3];
-    RKp_MatteRow(mask, 1, 0, 3, row);
+    RK_MatteRow(mask, 1, 0, 3, row);
     for (int x = 0; x < 3; ++x) EXPECT_EQ(row[x].alpha, wantedAt(picture, 1, 0, x));
 }
 
@@ -155,7 +155,7 @@ TEST(MatteRowValues, Inverts16BitAlphaFrom32768) {
     picture.at(1, 0) = {1, 0, 0, 0};
     picture.at(2, 0) = {32768, 0, 0, 0};
     RK_Pixel16 row[3];
-    RKp_MatteRow(maskOf(picture, 0, 0, RK_kMaskInvertedAlpha), 0, 0, 3, row);
+    RK_MatteRow(maskOf(picture, 0, 0, RK_kMaskInvertedAlpha), 0, 0, 3, row);
     EXPECT_EQ(row[0].alpha, 32768);
     EXPECT_EQ(row[1].alpha, 32767);
     EXPECT_EQ(row[2].alpha, 0);

@@ -3,7 +3,7 @@
 #include "RK/indep/composite/RK_BlendPipeline.h"
 #include "RK/indep/composite/RKp_ClearAlpha.h"
 #include "RK/indep/composite/RKp_CompositeArea.h"
-#include "RK/indep/composite/RKp_MatteRow.h"
+#include "RK/indep/composite/RK_MatteRow.h"
 #include "RK/indep/composite/RKp_TransferRect.h"
 #include "RK/indep/frame/RKp_Border.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
@@ -59,7 +59,7 @@ void blendRows(const Job& job, const RKp_CompositeArea& area, RK_BlendModeDescri
         const int32_t y = area.dst.top + i;
         const P* matte = nullptr;
         if (job.mask != nullptr)
-            matte = RKp_MatteRow(*job.mask, y, area.dst.left, width, static_cast<P*>(scratch.matte_row));
+            matte = RK_MatteRow(*job.mask, y, area.dst.left, width, static_cast<P*>(scratch.matte_row));
         if (!isSkipped(job.field, y)) {
             RKp_ThrowIf(RK_BlendPipeline<P>(job.progress, width, &plan,
                                             RKp_PixelAt<const P>(job.src, area.src_left, area.src_top + i),

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "RK/host/KIT.h"
-#include "RK/indep/composite/RKp_MatteRow.h"
+#include "RK/indep/composite/RK_MatteRow.h"
 #include "RK/indep/frame/RKp_Border.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
 #include "RK/indep/frame/RKp_Report.h"
@@ -243,7 +243,7 @@ void drawRows(const Request& r, const RKp_TransformSetup& setup) {
         if (!r.skips(y)) {
             const P* matte = nullptr;
             if (r.mask != nullptr)
-                matte = RKp_MatteRow(maskOf(*r.mask), y, work.left, width, static_cast<P*>(scratch.matte_row));
+                matte = RK_MatteRow(maskOf(*r.mask), y, work.left, width, static_cast<P*>(scratch.matte_row));
             const RK_AlphaSum<P> sum = filler.scan(row);
             RKp_ThrowIf(RKp_FinishRow(plan, width, sum, row.line, matte,
                                       static_cast<RK_Channel<P>*>(scratch.alpha_save), dst.row(y) + work.left));

@@ -5,6 +5,7 @@
 
 #include <type_traits>
 
+#include "RK/indep/frame/RKp_Depth.h"
 #include "RK/indep/sample/RK_NNSampleT.h"
 #include "RK/indep/sample/RKp_TransformSetup.h"
 

@@ -1,6 +1,6 @@
 // The matte rows that a mask yields.
-#ifndef RKP_MATTE_ROW_H
-#define RKP_MATTE_ROW_H
+#ifndef RK_MATTE_ROW_H
+#define RK_MATTE_ROW_H
 
 #include "RK/indep/composite/RK_TransferRect.h"
 
@@ -11,6 +11,6 @@
 // the alphas of `matte_row`, which has room for `count` pixels and is what is returned: computed values
 // inside the mask; outside of it full, except that columns beside a plain luma mask get 0.
 template <class P>
-const P* RKp_MatteRow(const RK_Mask& mask, int32_t y, int32_t left, int32_t count, P* matte_row);
+RK_API const P* RK_MatteRow(const RK_Mask& mask, int32_t y, int32_t left, int32_t count, P* matte_row);
 
 #endif

@@ -1,4 +1,4 @@
-#include "RK/indep/composite/RKp_MatteRow.h"
+#include "RK/indep/composite/RK_MatteRow.h"
 
 #include <algorithm>
 
@@ -29,7 +29,7 @@ void computeRow(const P* mask, int32_t count, P* row) {
 }  // namespace
 
 template <class P>
-const P* RKp_MatteRow(const RK_Mask& mask, int32_t y, int32_t left, int32_t count, P* matte_row) {
+const P* RK_MatteRow(const RK_Mask& mask, int32_t y, int32_t left, int32_t count, P* matte_row) {
     const uint32_t kind = mask.mask_kind & 3u;
     const int64_t mask_row = int64_t{y} - mask.mask_y;
     const int64_t first = int64_t{left} - mask.mask_x;  // the mask's column at `left`
@@ -66,6 +66,6 @@ const P* RKp_MatteRow(const RK_Mask& mask, int32_t y, int32_t left, int32_t coun
     return matte_row;
 }
 
-template const RK_Pixel8* RKp_MatteRow(const RK_Mask&, int32_t, int32_t, int32_t, RK_Pixel8*);
-template const RK_Pixel16* RKp_MatteRow(const RK_Mask&, int32_t, int32_t, int32_t, RK_Pixel16*);
-template const RK_PixelFloat* RKp_MatteRow(const RK_Mask&, int32_t, int32_t, int32_t, RK_PixelFloat*);
+template const RK_Pixel8* RK_MatteRow(const RK_Mask&, int32_t, int32_t, int32_t, RK_Pixel8*);
+template const RK_Pixel16* RK_MatteRow(const RK_Mask&, int32_t, int32_t, int32_t, RK_Pixel16*);
+template const RK_PixelFloat* RK_MatteRow(const RK_Mask&, int32_t, int32_t, int32_t, RK_PixelFloat*);
