@@ -2,7 +2,7 @@
 #include "RK/indep/sample/RK_AreaSample.h"
 
 #include "RK/indep/frame/RKp_OverFuncs.h"
-#include "RK/indep/sample/RK_AreaSample_StraightT.h"
+#include "RK/indep/sample/RKp_AreaSample_StraightT.h"
 #include "RK/indep/sample/RK_SubpixelSample.h"
 #include "RK/indep/sample/RKp_RoundingMode.h"
 #include "RK/indep/sample/RKp_Rounding.h"

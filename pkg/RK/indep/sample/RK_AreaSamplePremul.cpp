@@ -1,7 +1,7 @@
 // The premultiplied area sampler: integers throughout.
 #include "RK/indep/frame/RKp_OverFuncs.h"
 #include "RK/indep/sample/RK_AreaSample.h"
-#include "RK/indep/sample/RK_AreaSample_StraightT.h"
+#include "RK/indep/sample/RKp_AreaSample_StraightT.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "RK/indep/frame/RKp_Depth.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
-#include "RK/indep/sample/RK_NNSampleT.h"
+#include "RK/indep/sample/RKp_NNSampleT.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "RK/indep/sample/RK_NNSampleT.h"
+#include "RK/indep/sample/RKp_NNSampleT.h"
 
 #include "RK/indep/sample/RK_AreaSample.h"
 

@@ -1,7 +1,7 @@
 // The 8-bit samplers, and the weights that all depths share.
 #include "RK/indep/sample/RK_SubpixelSample.h"
 
-#include "RK/indep/sample/RK_SubpixelSample_StraightT.h"
+#include "RK/indep/sample/RKp_SubpixelSample_StraightT.h"
 #include "RK/indep/sample/RKp_RoundingMode.h"
 
 RK_Long RK_SubpixelSampleComputeWeight(uint16_t xfrac, uint16_t yfrac, double weights[4]) {

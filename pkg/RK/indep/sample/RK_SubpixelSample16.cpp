@@ -1,6 +1,6 @@
 // The 16-bit samplers.
 #include "RK/indep/sample/RK_SubpixelSample.h"
-#include "RK/indep/sample/RK_SubpixelSample_StraightT.h"
+#include "RK/indep/sample/RKp_SubpixelSample_StraightT.h"
 
 RK_Long RK_SubpixelSample_Straight16(void*, int32_t x, int32_t y, const RK_SampPB* pb, RK_Pixel16* out) {
     bool all_inside;

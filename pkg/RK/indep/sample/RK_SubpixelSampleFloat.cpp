@@ -1,6 +1,6 @@
 // The float samplers. Results are stored as computed: no rounding, no clamp.
 #include "RK/indep/sample/RK_SubpixelSample.h"
-#include "RK/indep/sample/RK_SubpixelSample_StraightT.h"
+#include "RK/indep/sample/RKp_SubpixelSample_StraightT.h"
 
 RK_Long RK_SubpixelCPlusPlusFloat(void*, int32_t x, int32_t y, const RK_SampPB* pb, RK_PixelFloat* out) {
     bool all_inside;

@@ -1,6 +1,6 @@
 // The premultiplied sampler: integer arithmetic throughout.
 #include "RK/indep/sample/RK_SubpixelSample.h"
-#include "RK/indep/sample/RK_SubpixelSample_StraightT.h"
+#include "RK/indep/sample/RKp_SubpixelSample_StraightT.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "RK/indep/sample/RK_SubpixelSample.h"
-#include "RK/indep/sample/RK_SubpixelSample_StraightT.h"
+#include "RK/indep/sample/RKp_SubpixelSample_StraightT.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <type_traits>
 
 #include "RK/indep/frame/RKp_Depth.h"
-#include "RK/indep/sample/RK_NNSampleT.h"
+#include "RK/indep/sample/RKp_NNSampleT.h"
 #include "RK/indep/sample/RKp_TransformSetup.h"
 
 // What a row's scan reads, and where it writes.

@@ -1,8 +1,8 @@
 // The core that all straight bilinear samplers share; the forms differ in what is passed to it.
 //
 // Legend: w00..w11 weights; p00..p11 neighbours; a00..a11 weight times alpha; A their sum.
-#ifndef RK_SUBPIXEL_SAMPLE_STRAIGHT_T_H
-#define RK_SUBPIXEL_SAMPLE_STRAIGHT_T_H
+#ifndef RKP_SUBPIXEL_SAMPLE_STRAIGHT_T_H
+#define RKP_SUBPIXEL_SAMPLE_STRAIGHT_T_H
 
 #include <cstring>
 

@@ -1,7 +1,7 @@
 // The straight area sampler over the pixel type. A form brings its Pixel, `limit`, `point` (the clipped point sampler)
 // and the rounding of alpha and colour.
-#ifndef RK_AREA_SAMPLE_STRAIGHT_T_H
-#define RK_AREA_SAMPLE_STRAIGHT_T_H
+#ifndef RKP_AREA_SAMPLE_STRAIGHT_T_H
+#define RKP_AREA_SAMPLE_STRAIGHT_T_H
 
 #include <algorithm>
 

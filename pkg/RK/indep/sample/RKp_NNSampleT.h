@@ -1,6 +1,6 @@
 // The nearest sampler over the pixel type.
-#ifndef RK_NN_SAMPLE_T_H
-#define RK_NN_SAMPLE_T_H
+#ifndef RKP_NN_SAMPLE_T_H
+#define RKP_NN_SAMPLE_T_H
 
 #include "RK/indep/sample/RK_Samp.h"
 
