@@ -14,7 +14,7 @@ TEST(Rand, AddsItsTwoProducts) {
     uint32_t seed = 1;
     EXPECT_EQ(RK_Rand(&seed), 48271 >> 7);
     EXPECT_EQ(seed, 48271u);
-    seed = 44488;  // high part 1, low part 0
+    seed = 44488;  // hi 1, lo 0
     RK_Rand(&seed);
     EXPECT_EQ(seed, 3399u);
     seed = 44489;
