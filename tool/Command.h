@@ -6,6 +6,10 @@
 #include <vector>
 
 int RunComposite(const std::vector<std::string>& arguments);
+int RunTransform(const std::vector<std::string>& arguments);
+int RunResize(const std::vector<std::string>& arguments);
+int RunHalve(const std::vector<std::string>& arguments);
+int RunBoxMean(const std::vector<std::string>& arguments);
 int RunModes(const std::vector<std::string>& arguments);
 int RunSlots(const std::vector<std::string>& arguments);
 int RunInfo(const std::vector<std::string>& arguments);

@@ -1,15 +1,13 @@
 #include "CompositeArguments.h"
 
-#include <fmt/format.h>
-
-#include <cmath>
-#include <cstdlib>
 #include <limits>
 
 #include "CommandLine.h"
 #include "Failure.h"
 
 namespace {
+
+constexpr const char* kJpegQuality = "--quality";
 
 // clang-format off
 constexpr const char* kFooter = R"(
@@ -55,16 +53,12 @@ struct LayerText {
     std::string mode = "over", opacity = "1", at = "0,0", matte, matte_kind, matte_at, field, seed;
     bool rgb_only = false;
 };
-struct ResultText {
-    std::string out, depth, format, quality, flatten;
-    bool json = false, quiet = false;
-};
-
 // Every option of one group of the command line. Layers have their own; the result's are shared by all
 // groups.
 class Group {
   public:
-    Group(LayerText& layer, ResultText& result) : app("Lays one picture on another.", "rk composite") {
+    Group(LayerText& layer, ResultText& result, bool& json)
+        : app("Lays one picture on another.", "rk composite") {
         app.option_defaults()->group("Layer (again after each --over)");
         app.add_option("--mode", layer.mode, "Transfer mode (over); dashes and case do not matter")
             ->type_name("NAME");
@@ -83,61 +77,14 @@ class Group {
                      "Keep the alpha of what lies below, in the modes that allow it");
         app.add_option("--seed", layer.seed, "Seed of dissolve (0)")->type_name("N");
 
-        app.option_defaults()->group("Result");
-        Shared(app.add_option("-o,--output", result.out, "Where the result goes; - is standard output")
-                   ->type_name("OUT"));
-        Shared(app.add_option("--depth", result.depth, "8, 16 or float (the deepest of the inputs)")
-                   ->type_name("DEPTH"));
-        Shared(app.add_option("--format", result.format, "png, jpeg, tiff or exr (by the name of OUT)")
-                   ->type_name("F"));
-        Shared(app.add_option("--quality", result.quality, "Of JPEG, from 1 to 100 (95)")->type_name("N"));
-        Shared(app.add_option("--flatten", result.flatten, "Lay the result on black, white, grey or #rrggbb")
-                   ->type_name("COLOUR"));
-        Shared(app.add_flag("--json", result.json, "Print sizes, depth, layers and times as JSON"));
-        Shared(app.add_flag("-q,--quiet", result.quiet, "No progress bar and no notes"));
+        shared = AddResultOptions(app, result, kJpegQuality);
+        shared.push_back(
+            app.add_flag("--json", json, "Print sizes, depth, layers and times as JSON")->group("Result"));
     }
 
     CLI::App app;
     std::vector<CLI::Option*> shared;
-
-  private:
-    void Shared(CLI::Option* option) { shared.push_back(option); }
 };
-
-double Number(const std::string& option, const std::string& text, double low, double high) {
-    char* end = nullptr;
-    const double value = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end != '\0' || !(value >= low && value <= high)) {
-        Misuse(fmt::format("{} {}: a number from {} to {} is wanted", option, OneLine(text), low, high));
-    }
-    return value;
-}
-
-int32_t Whole(const std::string& option, const std::string& text, int32_t low, int32_t high) {
-    char* end = nullptr;
-    errno = 0;
-    const long long value = std::strtoll(text.c_str(), &end, 10);
-    if (text.empty() || *end != '\0' || errno != 0 || value < low || value > high) {
-        Misuse(
-            fmt::format("{} {}: a whole number from {} to {} is wanted", option, OneLine(text), low, high));
-    }
-    return static_cast<int32_t>(value);
-}
-
-Place PlaceOf(const std::string& option, const std::string& text, int32_t low, int32_t high) {
-    const size_t comma = text.find(',');
-    if (comma == std::string::npos) Misuse(option + " " + OneLine(text) + ": two numbers X,Y are wanted");
-    return {Whole(option, text.substr(0, comma), low, high),
-            Whole(option, text.substr(comma + 1), low, high)};
-}
-
-RK_MaskKind MatteKindOf(const std::string& text) {
-    if (text.empty() || text == "alpha") return RK_kMaskAlpha;
-    if (text == "inverted-alpha") return RK_kMaskInvertedAlpha;
-    if (text == "luma") return RK_kMaskLuma;
-    if (text == "inverted-luma") return RK_kMaskInvertedLuma;
-    Misuse("--matte-kind " + OneLine(text) + ": alpha, inverted-alpha, luma or inverted-luma is wanted");
-}
 
 LayerArguments LayerOf(const std::string& front, const LayerText& text) {
     LayerArguments layer;
@@ -167,45 +114,6 @@ LayerArguments LayerOf(const std::string& front, const LayerText& text) {
         layer.seed = Whole("--seed", text.seed, std::numeric_limits<int32_t>::min(), kFarthest);
     }
     return layer;
-}
-
-RK_Pixel8 ColourOf(const std::string& text) {
-    if (text == "black") return {255, 0, 0, 0};
-    if (text == "white") return {255, 255, 255, 255};
-    if (text == "grey" || text == "gray") return {255, 128, 128, 128};
-    const bool hex = text.size() == 7 && text[0] == '#' &&
-                     text.find_first_not_of("0123456789abcdefABCDEF", 1) == std::string::npos;
-    if (!hex) Misuse("--flatten " + OneLine(text) + ": black, white, grey or #rrggbb is wanted");
-    const unsigned long value = std::strtoul(text.c_str() + 1, nullptr, 16);
-    return {255, static_cast<uint8_t>(value >> 16), static_cast<uint8_t>(value >> 8),
-            static_cast<uint8_t>(value)};
-}
-
-void ReadResult(const ResultText& text, CompositeArguments& out) {
-    if (text.out.empty()) Misuse("-o OUT is missing (rk composite --help tells more)");
-    out.out = text.out;
-    out.json = text.json;
-    out.quiet = text.quiet;
-    if (text.out == "-" && text.json) Misuse("-o - and --json both want standard output");
-    if (!text.format.empty()) {
-        out.format = FormatOfKey(text.format);
-        if (!out.format) Misuse("--format " + OneLine(text.format) + ": png, jpeg, tiff or exr is wanted");
-    } else if (text.out == "-") {
-        Misuse("-o - needs --format png, jpeg, tiff or exr");
-    } else {
-        out.format = FormatOfPath(text.out);
-        if (!out.format)
-            Misuse(OneLine(text.out) + ": the name tells no format (.png, .jpg, .tif, .exr): give --format");
-    }
-    if (text.depth == "float" || text.depth == "32") {
-        out.depth = 32;
-    } else if (text.depth == "8" || text.depth == "16") {
-        out.depth = text.depth == "8" ? 8 : 16;
-    } else if (!text.depth.empty()) {
-        Misuse("--depth " + OneLine(text.depth) + ": 8, 16 or float is wanted");
-    }
-    if (!text.quality.empty()) out.write.jpeg_quality = Whole("--quality", text.quality, 1, 100);
-    if (!text.flatten.empty()) out.flatten = ColourOf(text.flatten);
 }
 
 void OneStandardInput(const CompositeArguments& arguments) {
@@ -247,7 +155,7 @@ std::optional<CompositeArguments> ParseComposite(const std::vector<std::string>&
     const std::vector<GroupWords> groups = SplitGroups(arguments);
     for (size_t i = 0; i < groups.size(); ++i) {
         LayerText layer;
-        Group group(layer, result);
+        Group group(layer, result, out.json);
         std::string front = groups[i].front;
         if (i == 0) {
             group.app.add_option("BACK", out.back, "The picture below; - is standard input")->required();
@@ -270,7 +178,8 @@ std::optional<CompositeArguments> ParseComposite(const std::vector<std::string>&
         }
         out.layers.push_back(LayerOf(front, layer));
     }
-    ReadResult(result, out);
+    ReadResult(result, kJpegQuality, out);
+    if (out.out == "-" && out.json) Misuse("-o - and --json both want standard output");
     OneStandardInput(out);
     return out;
 }

@@ -7,13 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "ArgumentWords.h"
 #include "ModeNames.h"
-#include "PictureFile.h"
 #include "RK/indep/composite/RK_TransferRect.h"
-
-struct Place {
-    int32_t x = 0, y = 0;
-};
+#include "ResultArguments.h"
 
 struct LayerArguments {
     std::string front;
@@ -28,15 +25,10 @@ struct LayerArguments {
     int32_t seed = 0;
 };
 
-struct CompositeArguments {
+struct CompositeArguments : ResultArguments {
     std::string back;
     std::vector<LayerArguments> layers;  // lowest first
-    std::string out;
-    const PictureFormat* format = nullptr;
-    WriteOptions write;
-    int depth = 0;  // 0: the deepest of the inputs
-    std::optional<RK_Pixel8> flatten;
-    bool json = false, quiet = false;
+    bool json = false;
 };
 
 // Empty when help was asked for and printed. Throws a Failure of status 2 for what cannot be meant so.

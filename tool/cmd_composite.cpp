@@ -17,10 +17,6 @@ using Clock = std::chrono::steady_clock;
 
 double Seconds(Clock::duration time) { return std::chrono::duration<double>(time).count(); }
 
-void Note(const CompositeArguments& arguments, const std::string& line) {
-    if (!arguments.quiet) fmt::print(stderr, "rk: note: {}\n", line);
-}
-
 // Half-open, in pixels of the picture below; 64 bits, so that no place overflows.
 struct Area {
     int64_t left, top, right, bottom;
@@ -41,9 +37,12 @@ struct LayerFiles {
 class Composite {
   public:
     explicit Composite(const CompositeArguments& arguments) : arguments_(arguments) {
-        back_ = Open(arguments.back);
+        back_ = OpenPicture(arguments.back, arguments, depth_);
         for (const LayerArguments& layer : arguments.layers) {
-            layers_.push_back({Open(layer.front), layer.matte.empty() ? nullptr : Open(layer.matte)});
+            LayerFiles files;
+            files.front = OpenPicture(layer.front, arguments, depth_);
+            if (!layer.matte.empty()) files.matte = OpenPicture(layer.matte, arguments, depth_);
+            layers_.push_back(std::move(files));
         }
         CheckPlaces();
     }
@@ -55,30 +54,14 @@ class Composite {
         const Clock::time_point start = Clock::now();
         WorldPtr result = Decode(back_, progress);
         for (size_t i = 0; i < layers_.size(); ++i) Lay(i, *result, progress);
-        if (arguments_.flatten) result = Flattened(*result, progress);
-
         const Clock::time_point writing = Clock::now();
-        progress.Stage("writing " + out.Shown());
-        WritePicture(*result, *arguments_.format, arguments_.write, out, progress);
-        out.Commit();
-        progress.Clear();
+        Deliver(result, depth_, arguments_, out, progress);
         if (arguments_.json)
             PrintFigures(*result, Seconds(Clock::now() - writing), Seconds(Clock::now() - start));
         return kExitGood;
     }
 
   private:
-    std::unique_ptr<PictureFile> Open(const std::string& path) {
-        auto file = std::make_unique<PictureFile>(path);
-        depth_ = arguments_.depth != 0 ? arguments_.depth : std::max(depth_, file->Info().Depth());
-        if (file->Info().orientation != 1) {
-            Note(arguments_,
-                 fmt::format("{}: its EXIF orientation {} is not applied; the pixels are taken as stored",
-                             file->Shown(), file->Info().orientation));
-        }
-        return file;
-    }
-
     void CheckPlaces() const {
         const Area back = AreaOf(back_->Info(), {});
         for (size_t i = 0; i < layers_.size(); ++i) {
@@ -101,9 +84,9 @@ class Composite {
     }
 
     int Stages() const {
-        int stages = 2;  // reading the picture below, and writing
+        int stages = 1 + DeliverStages(arguments_);  // the picture below, and the result
         for (const LayerFiles& layer : layers_) stages += layer.matte ? 3 : 2;
-        return stages + (arguments_.flatten ? 1 : 0);
+        return stages;
     }
 
     // Decodes a file and lets go of its bytes.
@@ -139,20 +122,6 @@ class Composite {
             shown);
         progress.Report(1, 1);
         compositing_ += Clock::now() - start;
-    }
-
-    // The result over one colour.
-    WorldPtr Flattened(RK_World& result, Progress& progress) {
-        progress.Stage("flattening");
-        const RK_Pixel8 c = *arguments_.flatten;
-        WorldPtr ground = NewWorld(result.record.width, result.record.height, depth_, "the result");
-        const float unit = 1.0f / 255.0f;
-        ground->Fill(RK_PixelFloat{1.0f, c.red * unit, c.green * unit, c.blue * unit}, nullptr);
-        const RK_CompositeModePlus over(RK_Xfer_Over, 1.0f, nullptr, false, 0);
-        CheckResult(RK_TransferRect(progress.Info(), nullptr, nullptr, RK_kBothFields, nullptr,
-                                    &result.record, &over, nullptr, nullptr, 0, 0, &ground->record),
-                    "the result");
-        return ground;
     }
 
     void PrintFigures(const RK_World& result, double writing, double total) const {

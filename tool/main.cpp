@@ -23,6 +23,10 @@ struct Command {
 
 constexpr Command kCommands[] = {
     {"composite", "lay one picture on another, under any transfer mode", RunComposite},
+    {"transform", "turn, scale and move a picture, still or with motion blur", RunTransform},
+    {"resize", "make a picture larger or smaller", RunResize},
+    {"halve", "make a picture half as large", RunHalve},
+    {"boxmean", "give each pixel the mean of the box around it", RunBoxMean},
     {"modes", "list the transfer modes, or draw all of them on two pictures", RunModes},
     {"slots", "tell what the library's function table holds on this machine", RunSlots},
     {"info", "tell what picture files hold", RunInfo},

@@ -216,7 +216,8 @@ class Help(ToolTest):
         with open(os.path.join(SOURCE, "docs", "tool.md"), encoding="utf-8") as file:
             page = file.read()
         texts = [self.good("--help").decode(), page] + [self.good(c, "--help").decode()
-                                                        for c in ("composite", "modes", "slots", "info")]
+                                                        for c in ("composite", "transform", "resize", "halve", "boxmean",
+                                                                  "modes", "slots", "info")]
         examples = set()
         for text in texts:
             for example in re.findall(r"^ *(rk (?:[^\n]*\\\n)*[^\n]*)$", text, re.M):

@@ -1,0 +1,74 @@
+#include "ArgumentWords.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "Failure.h"
+#include "Library.h"
+
+double Number(const std::string& option, const std::string& text, double low, double high) {
+    char* end = nullptr;
+    const double value = std::strtod(text.c_str(), &end);
+    if (text.empty() || *end != '\0' || !(value >= low && value <= high)) {
+        Misuse(fmt::format("{} {}: a number from {} to {} is wanted", option, OneLine(text), low, high));
+    }
+    return value;
+}
+
+int32_t Whole(const std::string& option, const std::string& text, int32_t low, int32_t high) {
+    char* end = nullptr;
+    errno = 0;
+    const long long value = std::strtoll(text.c_str(), &end, 10);
+    if (text.empty() || *end != '\0' || errno != 0 || value < low || value > high) {
+        Misuse(
+            fmt::format("{} {}: a whole number from {} to {} is wanted", option, OneLine(text), low, high));
+    }
+    return static_cast<int32_t>(value);
+}
+
+Place PlaceOf(const std::string& option, const std::string& text, int32_t low, int32_t high) {
+    const size_t comma = text.find(',');
+    if (comma == std::string::npos) Misuse(option + " " + OneLine(text) + ": two numbers X,Y are wanted");
+    return {Whole(option, text.substr(0, comma), low, high),
+            Whole(option, text.substr(comma + 1), low, high)};
+}
+
+Size SizeOf(const std::string& option, const std::string& text) {
+    const size_t cross = text.find('x');
+    if (cross == std::string::npos) Misuse(option + " " + OneLine(text) + ": a size WxH is wanted");
+    return {Whole(option, text.substr(0, cross), 1, kLargestSide),
+            Whole(option, text.substr(cross + 1), 1, kLargestSide)};
+}
+
+RK_MaskKind MatteKindOf(const std::string& text) {
+    if (text.empty() || text == "alpha") return RK_kMaskAlpha;
+    if (text == "inverted-alpha") return RK_kMaskInvertedAlpha;
+    if (text == "luma") return RK_kMaskLuma;
+    if (text == "inverted-luma") return RK_kMaskInvertedLuma;
+    Misuse("--matte-kind " + OneLine(text) + ": alpha, inverted-alpha, luma or inverted-luma is wanted");
+}
+
+RK_Pixel8 ColourOf(const std::string& text) {
+    if (text == "black") return {255, 0, 0, 0};
+    if (text == "white") return {255, 255, 255, 255};
+    if (text == "grey" || text == "gray") return {255, 128, 128, 128};
+    const bool hex = text.size() == 7 && text[0] == '#' &&
+                     text.find_first_not_of("0123456789abcdefABCDEF", 1) == std::string::npos;
+    if (!hex) Misuse("--flatten " + OneLine(text) + ": black, white, grey or #rrggbb is wanted");
+    const unsigned long value = std::strtoul(text.c_str() + 1, nullptr, 16);
+    return {255, static_cast<uint8_t>(value >> 16), static_cast<uint8_t>(value >> 8),
+            static_cast<uint8_t>(value)};
+}
+
+std::vector<std::string> Parts(const std::string& text, char separator) {
+    std::vector<std::string> parts(1);
+    for (const char c : text) {
+        if (c == separator)
+            parts.emplace_back();
+        else
+            parts.back() += c;
+    }
+    return parts;
+}
