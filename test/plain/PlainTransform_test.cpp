@@ -1,0 +1,153 @@
+// World transforms against their plain twin: at rest and in motion, draft and best, every mode, masks of every kind,
+// fields, reflections, perspective, no extent.
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "RK/indep/world/RK_World.h"
+#include "refhost/RefHost.h"
+#include "test/plain/PlainTransform.h"
+#include "test/plain/SampleWorlds.h"
+
+namespace {
+
+using test::about;
+using test::Calls;
+using test::randomRect;
+using test::side;
+using test::World;
+
+// A placement of the source's centre: turned, scaled, sheared by a perspective.
+struct Placement {
+    double x, y, degrees, sx, sy, perspective;
+    double cx, cy;
+    GEO_Matrix3 matrix() const {
+        const double a = degrees * 3.14159265358979323846 / 180;
+        const double c = degrees == 0 ? 1 : std::cos(a), s = degrees == 0 ? 0 : std::sin(a);
+        GEO_Matrix3 m = {{{sx * c, sx * s, perspective}, {-sy * s, sy * c, perspective / 2}, {0, 0, 1}}};
+        m.m[2][0] = x + cx - cx * m.m[0][0] - cy * m.m[1][0];
+        m.m[2][1] = y + cy - cx * m.m[0][1] - cy * m.m[1][1];
+        return m;
+    }
+};
+double amountOf(test::Random& r, double range) { return (r.unit() * 2.0 - 1.0) * range; }
+double scaleOf(test::Random& r) {
+    static const double special[] = {1, -1, 0.5, 2, 0.37, 0.003, 0.1, 3.5};
+    return r.below(2) == 0 ? special[r.below(8)] : amountOf(r, 2.5);
+}
+Placement placementOf(test::Random& r, const RK_LayerDef& src, const RK_LayerDef& dst) {
+    Placement p{amountOf(r, dst.width), amountOf(r, dst.height), 0, 1, 1, 0, src.width / 2.0, src.height / 2.0};
+    if (r.below(3) == 0) p.x = std::floor(p.x), p.y = std::floor(p.y);
+    if (r.below(4) == 0) p.x = std::floor(p.x * 2) / 2;
+    if (r.below(3) != 0) p.sx = scaleOf(r), p.sy = r.below(2) == 0 ? p.sx : scaleOf(r);
+    if (r.below(2) == 0) p.degrees = r.below(4) == 0 ? 90 : amountOf(r, 180);
+    if (r.below(8) == 0) p.perspective = amountOf(r, 0.002);
+    if (r.below(24) == 0) (r.below(2) == 0 ? p.sx : p.sy) = 0;
+    return p;
+}
+// At rest, moving evenly, turning, growing, or staying where it is.
+std::vector<GEO_Matrix3> seriesOf(test::Random& r, const Placement& from, bool moves) {
+    if (!moves) return std::vector<GEO_Matrix3>(1, from.matrix());
+    Placement step{amountOf(r, 3), amountOf(r, 3), 0, 0, 0, 0, 0, 0};
+    const uint32_t kind = r.below(5);
+    if (kind == 1) step.degrees = amountOf(r, 10);
+    if (kind == 2) step.sx = step.sy = 0.03;
+    if (kind == 3) step.x = std::floor(step.x), step.y = 0;
+    if (kind == 4 && r.below(2) == 0) step.x = step.y = 0;
+    std::vector<GEO_Matrix3> v;
+    Placement p = from;
+    const uint32_t count = 2 + r.below(7);
+    for (uint32_t i = 0; i < count; ++i) {
+        v.push_back(p.matrix());
+        p.x += step.x * (kind == 0 ? i : 1), p.y += step.y;
+        p.degrees += step.degrees, p.sx += step.sx, p.sy += step.sy;
+    }
+    return v;
+}
+
+template <class P>
+RK_CompositeMode modeOf(test::Random& r, int xfer) {
+    const uint8_t o8 = test::opacity<RK_Pixel8>(r);
+    const uint16_t o16 = static_cast<uint16_t>((o8 * 32768 + 127) / 255);
+    return {xfer, static_cast<int32_t>(r.next()), o8, static_cast<uint8_t>(r.below(4) == 0), o16};
+}
+
+template <class P>
+void transformOne(test::Random& r, bool moves, int xfer) {
+    const int width = side(r), height = side(r);
+    const World<P> src = test::sampleWorld<P>(r, width, height);
+    const World<P> dst(r, side(r), side(r)), mask_world(r, side(r), side(r));
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            if (sizeof(P) == 16) plain::at<P>(src.record, x, y) = test::pixel<P>(r);
+    RK_Mask mask{mask_world.record, about(r, dst.record.height), about(r, dst.record.width), r.below(4)};
+    if (r.below(2) == 0) mask.mask_x = mask.mask_y = 0;
+    const bool has_mask = xfer == RK_Xfer_MatteMix || r.below(2) == 0, has_rect = r.below(2) == 0;
+    const GEO_Rect rect = randomRect(r, dst.record.width, dst.record.height);
+    const bool best = r.below(3) != 0, src2dst = r.below(2) == 0;
+    const int field = r.below(2) == 0 ? 0 : static_cast<int>(r.below(4));
+    std::vector<GEO_Matrix3> matrices = seriesOf(r, placementOf(r, src.record, dst.record), moves);
+    if (!src2dst)
+        for (GEO_Matrix3& m : matrices) GEO_InverseMatrixQuiet(&m, &m);
+
+    World<P> expected(dst), got(dst);
+    Calls expected_calls{{}, r.below(8) == 0 ? 1 : 0}, got_calls = expected_calls;
+    RK_ProgressInfo expected_progress{&expected_calls, nullptr, Calls::progress};
+    RK_ProgressInfo got_progress{&got_calls, nullptr, Calls::progress};
+    const plain::TransformCall call{&expected_progress,
+                                    best,
+                                    field,
+                                    &src.record,
+                                    modeOf<P>(r, xfer),
+                                    has_mask ? &mask : nullptr,
+                                    matrices,
+                                    src2dst,
+                                    has_rect ? &rect : nullptr,
+                                    KIT_G_CPU_DataP->has_sse2 != 0};
+    const int expected_error = plain::transform<P>(call, expected.record);
+
+    RK_LayerDef src_record = src.record, mask_record = mask_world.record;
+    const std::unique_ptr<RK_World> src_object(RK_World::NewReference(&src_record));
+    const std::unique_ptr<RK_World> mask_object(RK_World::NewReference(&mask_record));
+    const std::unique_ptr<RK_World> dst_object(RK_World::NewReference(&got.record));
+    const RK_TransformMask product_mask{mask_object.get(), mask.mask_y, mask.mask_x, mask.mask_kind};
+    const RK_Long error = RK_TransformWorld(
+        &got_progress, best ? RK_kBest : RK_kDraft, 0, field, src_object.get(), &call.mode, nullptr,
+        has_mask ? &product_mask : nullptr, matrices.data(), static_cast<RK_Long>(matrices.size()), src2dst,
+        call.dest_rect, dst_object.get());
+    const std::string wrong = test::difference(dst, expected, got);
+    if (wrong.empty() && error == expected_error && got_calls.made == expected_calls.made) return;
+    std::ostringstream told;
+    told << test::modeName(xfer) << (best ? ", best" : ", draft") << ", field " << field << ", opacity "
+         << int{call.mode.opacity} << (call.mode.rgb_only ? ", rgb_only" : "") << (src2dst ? ", src2dst" : "")
+         << "\n  source " << width << " by " << height << ", " << (has_rect ? test::show(rect) : "whole");
+    if (has_mask)
+        told << "\n  mask " << mask.world.width << " by " << mask.world.height << " at " << mask.mask_x << ", "
+             << mask.mask_y << ", kind " << mask.mask_kind;
+    told.precision(17);
+    for (const GEO_Matrix3& m : matrices) {
+        told << "\n ";
+        for (const auto& row : m.m) told << " " << row[0] << " " << row[1] << " " << row[2] << ";";
+    }
+    FAIL() << told.str() << "\n  result " << error << ", expected " << expected_error << "; progress calls "
+           << got_calls.made.size() << ", expected " << expected_calls.made.size() << "\n  " << wrong;
+}
+
+template <class P>
+void transformMany(bool moves) {
+    test::Random r(sizeof(P) + (moves ? 70 : 60));
+    const int count = test::amount(moves ? 8000 : 12000);
+    for (int i = 0; i < count && !testing::Test::HasFatalFailure(); ++i) {
+        int mode = RK_kFirstMode + i % (RK_kLastMode - RK_kFirstMode + 1);
+        if (mode == RK_Xfer_None || r.below(4) == 0) mode = RK_Xfer_Over;
+        transformOne<P>(r, moves, mode);
+    }
+}
+TEST(TransformsAgainstPlain, AtRestAt8Bits) { transformMany<RK_Pixel8>(false); }
+TEST(TransformsAgainstPlain, AtRestAt16Bits) { transformMany<RK_Pixel16>(false); }
+TEST(TransformsAgainstPlain, AtRestAtFloat) { transformMany<RK_PixelFloat>(false); }
+TEST(TransformsAgainstPlain, InMotionAt8Bits) { transformMany<RK_Pixel8>(true); }
+TEST(TransformsAgainstPlain, InMotionAt16Bits) { transformMany<RK_Pixel16>(true); }
+TEST(TransformsAgainstPlain, InMotionAtFloat) { transformMany<RK_PixelFloat>(true); }
+
+}  // namespace
