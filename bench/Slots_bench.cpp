@@ -1,6 +1,6 @@
 // Every row function of the slot list, as default and as each variant that this machine can run.
+#include "RK/indep/frame/RKp_SlotBodies.h"
 #include "bench/Bench.h"
-#include "test/SlotBodies.h"
 
 namespace {
 

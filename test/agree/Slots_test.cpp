@@ -1,7 +1,7 @@
 // Every processor variant of the slot list against its default body. A variant runs when the machine has its
 // instructions, whatever processor record the suite runs under.
+#include "RK/indep/frame/RKp_SlotBodies.h"
 #include "refhost/RefHost.h"
-#include "test/SlotBodies.h"
 #include "test/agree/Checkers.h"
 #include "test/agree/SamplerChecker.h"
 

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "test/SlotBodies.h"
+#include "RK/indep/frame/RKp_SlotBodies.h"
 
 namespace {
 

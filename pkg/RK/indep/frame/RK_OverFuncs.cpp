@@ -2,21 +2,7 @@
 
 #include <iterator>
 
-#include "RK/indep/frame/RKp_OverFuncs.h"
-
-// The families whose functions the list names, their private headers too: bodies behind slots are private.
-#include "RK/indep/composite/RK_CompositeRect.h"
-#include "RK/indep/composite/RK_Xfer.h"
-#include "RK/indep/composite/RKp_TransferRect.h"
-#include "RK/indep/passes/RK_CopyBits.h"
-#include "RK/indep/passes/RK_Iterate.h"
-#include "RK/indep/passes/RK_Premul.h"
-#include "RK/indep/passes/RKp_AlphaMerge.h"
-#include "RK/indep/passes/RKp_MatteScans.h"
-#include "RK/indep/sample/RK_AreaSample.h"
-#include "RK/indep/sample/RK_Batch.h"
-#include "RK/indep/sample/RK_SubpixelSample.h"
-#include "RK/indep/sample/RK_TransformWorld.h"
+#include "RK/indep/frame/RKp_SlotBodies.h"
 
 void* RKp_G_OverFuncs[RK_kSlotCount];
 

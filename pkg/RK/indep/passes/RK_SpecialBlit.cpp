@@ -1,9 +1,9 @@
 // Showing a world of any depth over a background.
 #include <algorithm>
 
-#include "RK/host/KIT.h"
-#include "RK/indep/frame/RKp_Border.h"
+#include "RK/indep/frame/RKp_Deferred.h"
 #include "RK/indep/frame/RKp_Depth.h"
+#include "RK/indep/frame/RKp_HostBlock.h"
 #include "RK/indep/frame/RKp_Report.h"
 #include "RK/indep/passes/RK_CopyBits.h"
 #include "RK/indep/passes/RK_Iterate.h"
@@ -15,22 +15,16 @@ namespace {
 // The source column of each destination column of the rectangle; -1 where there is none.
 class Columns {
   public:
-    Columns(int32_t count, int64_t first, int64_t step, int32_t limit) {
-        block_ = static_cast<int32_t*>(KIT_AllocatePtr(static_cast<size_t>(count) * sizeof(int32_t),
-                                                       RKp_Text(RK_kMsg_ImageBuffer)));
-        if (block_ == nullptr) RKp_Throw(RK_kOutOfMemory);
+    Columns(int32_t count, int64_t first, int64_t step, int32_t limit) : block_(count, RK_kMsg_ImageBuffer) {
         for (int32_t i = 0; i < count; ++i) {
             const int64_t at = first + i * step;
             block_[i] = at >= 0 && at < limit ? static_cast<int32_t>(at) : -1;
         }
     }
-    ~Columns() { KIT_FreePtr(block_); }
-    Columns(const Columns&) = delete;
-    Columns& operator=(const Columns&) = delete;
     int32_t operator[](int32_t i) const { return block_[i]; }
 
   private:
-    int32_t* block_;
+    RKp_HostBlock<int32_t> block_;
 };
 
 struct Blit {
@@ -91,16 +85,11 @@ RK_Long run(Blit& blit) {
         default: return RKp_BAD_DEPTH(kBadDepth);
     }
     // The table must be had or not before anything is shown.
-    KIT_DeferredReporting cookie;
-    RK_Long error = KIT_DeferredReportingStart(16, &cookie);
-    if (error != RK_kOK) return error;
-    error = RKp_AtBorder([&] {
+    return RKp_WithReportsDeferred([&] {
         const Columns columns(blit.rect.right - blit.rect.left, blit.origin.x, blit.step.x, blit.src->record.width);
         blit.columns = &columns;
         return RK_IterateGeneric(-1, &blit, body);
     });
-    const RK_Long ended = KIT_DeferredReportingEnd(0, 0, &cookie);
-    return error != RK_kOK ? error : ended;
 }
 
 }  // namespace

@@ -6,28 +6,11 @@
 
 #include "RK/indep/frame/RKp_Border.h"
 #include "RK/indep/frame/RKp_Depth.h"
+#include "RK/indep/frame/RKp_HostBlock.h"
 #include "RK/indep/frame/RKp_Report.h"
 #include "RK/indep/world/RK_WorldXT.h"
 
 namespace {
-
-// A host block that goes back on every path.
-class Block {
-  public:
-    explicit Block(int64_t bytes) {
-        if (bytes < 0 || static_cast<uint64_t>(bytes) > std::numeric_limits<size_t>::max())
-            RKp_Throw(RK_kOutOfMemory);
-        block_ = KIT_AllocatePtr(static_cast<size_t>(bytes), RKp_Text(RK_kMsg_BlurMemory));
-        if (block_ == nullptr) RKp_Throw(RK_kOutOfMemory);
-    }
-    ~Block() { KIT_FreePtr(block_); }
-    Block(const Block&) = delete;
-    Block& operator=(const Block&) = delete;
-    void* get() const { return block_; }
-
-  private:
-    void* block_;
-};
 
 template <class P>
 RK_PixelDouble premultiplied(const P& p) {
@@ -46,7 +29,7 @@ void build(const RK_WorldX<P>& world, Entry* cells) {
     using Cell = decltype(Entry::alpha);
     const int32_t width = world.width();
     const int64_t row_bytes = (int64_t{width} + 1) * static_cast<int64_t>(sizeof(RK_PixelDouble));
-    const Block sums(row_bytes * 2 + 16);
+    const RKp_HostBlock<char> sums(row_bytes * 2 + 16, RK_kMsg_BlurMemory);
     const auto address = reinterpret_cast<uintptr_t>(sums.get());
     auto* above = reinterpret_cast<RK_PixelDouble*>((address + 15) & ~uintptr_t{15});
     auto* now = above + width + 1;
@@ -70,11 +53,11 @@ void build(const RK_WorldX<P>& world, Entry* cells) {
 // Makes `table` large enough; null becomes a table.
 template <class Entry>
 void reserve(Entry*& table, int64_t cells) {
-    const int64_t bytes = cells * static_cast<int64_t>(sizeof(Entry));
-    if (static_cast<uint64_t>(bytes) > std::numeric_limits<size_t>::max()) RKp_Throw(RK_kOutOfMemory);
+    if (cells > std::numeric_limits<ptrdiff_t>::max() / static_cast<ptrdiff_t>(sizeof(Entry)))
+        RKp_Throw(RK_kOutOfMemory);
+    const size_t bytes = static_cast<size_t>(cells) * sizeof(Entry);
     const char* name = RKp_Text(RK_kMsg_BlurMemory);
-    void* block = table == nullptr ? KIT_AllocatePtr(static_cast<size_t>(bytes), name)
-                                   : KIT_ResizePtr(table, static_cast<size_t>(bytes), name);
+    void* block = table == nullptr ? KIT_AllocatePtr(bytes, name) : KIT_ResizePtr(table, bytes, name);
     if (block == nullptr) RKp_Throw(RK_kOutOfMemory);
     table = static_cast<Entry*>(block);
 }

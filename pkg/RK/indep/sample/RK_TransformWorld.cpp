@@ -1,11 +1,10 @@
 #include "RK/indep/sample/RK_TransformWorld.h"
 
 #include <algorithm>
-#include <limits>
 
-#include "RK/host/KIT.h"
 #include "RK/indep/composite/RK_MatteRow.h"
 #include "RK/indep/frame/RKp_Border.h"
+#include "RK/indep/frame/RKp_HostBlock.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
 #include "RK/indep/frame/RKp_Report.h"
 #include "RK/indep/sample/RKp_TransformFinish.h"
@@ -99,28 +98,6 @@ void clearAlphaAround(const GEO_LRect& area, const GEO_LRect& keep, RK_WorldX<P>
     }
 }
 
-// A host block for `count` records, given back on every path.
-template <class T>
-class Records {
-  public:
-    explicit Records(int64_t count) {
-        constexpr auto most = static_cast<uint64_t>(std::numeric_limits<ptrdiff_t>::max()) / sizeof(T);
-        if (count == 0) return;
-        if (static_cast<uint64_t>(count) > most) RKp_Throw(RK_kOutOfMemory);
-        block_ = static_cast<T*>(
-            KIT_AllocatePtr(static_cast<size_t>(count) * sizeof(T), RKp_Text(RK_kMsg_BlendingScratch)));
-        if (block_ == nullptr) RKp_Throw(RK_kOutOfMemory);
-    }
-    ~Records() { KIT_FreePtr(block_); }
-    Records(const Records&) = delete;
-    Records& operator=(const Records&) = delete;
-    T* get() const { return block_; }
-    T& operator[](int64_t i) const { return block_[i]; }
-
-  private:
-    T* block_ = nullptr;
-};
-
 // ---- The ways to fill one row: scan() fills and sums it, nextRow() goes on ------------------------------
 
 template <class P>
@@ -145,7 +122,7 @@ class LinearMotion {
   public:
     LinearMotion(const Request& r, const RKp_TransformSetup& setup, const RK_LayerDef& src)
         : best_(r.best()), samples_(int64_t{r.matrix_count} - 1), first_(setup.first), last_(setup.last),
-          pb_(RKp_MakeSampPB(src, setup.first)), weights_(best_ ? samples_ * 4 : 0) {}
+          pb_(RKp_MakeSampPB(src, setup.first)), weights_(best_ ? samples_ * 4 : 0, RK_kMsg_BlendingScratch) {}
     RK_AlphaSum<P> scan(const RKp_ScanRow<P>& row) const {
         const RK_SampPB* pb = &pb_;
         const auto run = [&](auto&& sample) { return RKp_ScanLinearMotion(row, first_, last_, samples_, sample); };
@@ -188,14 +165,15 @@ class LinearMotion {
     int64_t samples_;
     RKp_Walk first_, last_;
     RK_SampPB pb_;
-    Records<double> weights_;  // four for each sample
+    RKp_HostBlock<double> weights_;  // four for each sample
 };
 
 template <class P>
 class GeneralMotion {
   public:
     GeneralMotion(const Request& r, const RKp_TransformSetup& setup, const RK_LayerDef& src)
-        : count_(r.matrix_count), walks_(count_), now_(count_), pbs_(count_) {
+        : count_(r.matrix_count), walks_(count_, RK_kMsg_BlendingScratch), now_(count_, RK_kMsg_BlendingScratch),
+          pbs_(count_, RK_kMsg_BlendingScratch) {
         for (int64_t k = 0; k < count_; ++k) {
             RKp_ThrowIf(RKp_MakeWalk(r.matrices[k], r.src2dst, setup.work, &walks_[k]));
             pbs_[k] = RKp_MakeSampPB(src, walks_[k]);
@@ -210,8 +188,8 @@ class GeneralMotion {
 
   private:
     int64_t count_;
-    Records<RKp_Walk> walks_, now_;
-    Records<RK_SampPB> pbs_;
+    RKp_HostBlock<RKp_Walk> walks_, now_;
+    RKp_HostBlock<RK_SampPB> pbs_;
 };
 
 // ---- Drawing ---------------------------------------------------------------------------------------------

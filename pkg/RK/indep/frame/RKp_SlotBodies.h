@@ -1,6 +1,7 @@
-// The headers of the functions that the slot list names, for what walks the list.
-#ifndef TEST_SLOT_BODIES_H
-#define TEST_SLOT_BODIES_H
+// The headers of the functions that the slot list names, for what walks the list. Private ones too: bodies
+// behind slots are private.
+#ifndef RKP_SLOT_BODIES_H
+#define RKP_SLOT_BODIES_H
 
 #include "RK/indep/composite/RK_CompositeRect.h"
 #include "RK/indep/composite/RK_Xfer.h"
