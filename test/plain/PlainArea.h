@@ -10,14 +10,10 @@ namespace plain {
 enum class Rounding { kTiesToEven, kHalfUp, kHalfAway, kNone };
 inline double rounded(Rounding how, double v) {
     switch (how) {
-        case Rounding::kTiesToEven:
-            return std::nearbyint(v);
-        case Rounding::kHalfUp:
-            return std::trunc(v + 0.5);
-        case Rounding::kHalfAway:
-            return std::round(v);
-        default:
-            return v;
+        case Rounding::kTiesToEven: return std::nearbyint(v);
+        case Rounding::kHalfUp: return std::trunc(v + 0.5);
+        case Rounding::kHalfAway: return std::round(v);
+        default: return v;
     }
 }
 
@@ -40,8 +36,10 @@ inline int64_t held(int64_t v, int64_t highest) { return v < 0 ? 0 : v > highest
 struct Box {
     int64_t left, top, right, bottom;
     Box(int32_t x, int32_t y, const RK_SampPB& pb)
-        : left(int64_t{x} - pb.x_radius + 32768), top(int64_t{y} - pb.y_radius + 32768),
-          right(int64_t{x} + pb.x_radius + 32768), bottom(int64_t{y} + pb.y_radius + 32768) {}
+        : left(int64_t{x} - pb.x_radius + 32768),
+          top(int64_t{y} - pb.y_radius + 32768),
+          right(int64_t{x} + pb.x_radius + 32768),
+          bottom(int64_t{y} + pb.y_radius + 32768) {}
     void clamp(const RK_LayerDef& src) {
         left = held(left, int64_t{src.width} << 16), right = held(right, int64_t{src.width} << 16);
         top = held(top, int64_t{src.height} << 16), bottom = held(bottom, int64_t{src.height} << 16);
@@ -136,7 +134,9 @@ inline RK_Pixel8 areaPremul(int32_t x, int32_t y, const RK_SampPB& pb) {
     }
     const int64_t d = (int64_t{pb.area} >> 8) + (pb.area >> 7 & 1), h = d >> 1;
     if (A == 0 || d == 0) return {};
-    const auto mean = [&](int64_t sum) { return static_cast<uint8_t>(std::min<int64_t>(255, (sum + h) / d)); };
+    const auto mean = [&](int64_t sum) {
+        return static_cast<uint8_t>(std::min<int64_t>(255, (sum + h) / d));
+    };
     if (mean(A) == 0) return {};
     return {mean(A), mean(R), mean(G), mean(B)};
 }

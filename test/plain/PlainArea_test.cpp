@@ -1,5 +1,5 @@
-// The area samplers against their plain twins: radii below, at and above half a pixel, boxes inside, over the edges
-// and far outside.
+// The area samplers against their plain twins: radii below, at and above half a pixel, boxes inside, over the
+// edges and far outside.
 #include <gtest/gtest.h>
 
 #include "RK/indep/frame/RKp_OverFuncs.h"
@@ -12,16 +12,13 @@ namespace {
 using plain::Rounding;
 
 int32_t radius(test::Random& r) {
-    static const int32_t special[] = {0, 1, 0x4000, 0x7FFF, 0x8000, 0x8000, 0x8001, 0x10000, 0x18000, 127 * 0x10000};
+    static const int32_t special[] = {0,      1,      0x4000,  0x7FFF,  0x8000,
+                                      0x8000, 0x8001, 0x10000, 0x18000, 127 * 0x10000};
     switch (r.below(4)) {
-        case 0:
-            return special[r.below(10)];
-        case 1:
-            return static_cast<int32_t>(r.below(0x8000));
-        case 2:
-            return static_cast<int32_t>(r.below(0x40000));
-        default:
-            return static_cast<int32_t>(r.below(0x180000));
+        case 0: return special[r.below(10)];
+        case 1: return static_cast<int32_t>(r.below(0x8000));
+        case 2: return static_cast<int32_t>(r.below(0x40000));
+        default: return static_cast<int32_t>(r.below(0x180000));
     }
 }
 // The footprint's own area mostly, now and then nothing, little or very much.
@@ -35,10 +32,12 @@ int32_t area(test::Random& r, const RK_SampPB& pb) {
 template <class P, class Sampler, class Plain>
 void compare(Sampler sampler, Plain twin) {
     test::Random r(sizeof(P) + 7);
+    test::GuardedRows rows;
     const int count = test::amount(3000);
     for (int i = 0; i < count; ++i) {
         const int width = test::side(r), height = test::side(r);
-        const test::World<P> world = test::sampleWorld<P>(r, width, height);
+        test::World<P> world = test::sampleWorld<P>(r, width, height);
+        test::guardSome(r, rows, world);
         RK_SampPB pb = test::sampleBlock(world.record);
         for (int k = 0; k < 24; ++k) {
             pb.x_radius = radius(r);
@@ -85,7 +84,8 @@ TEST(AreaSamplersAgainstPlain, PortableForms) {
     compare<RK_Pixel8>(RK_AreaSample_CPlusPlus<RK_Pixel8>, kUp8);
     compare<RK_Pixel16>(RK_AreaSample_CPlusPlus<RK_Pixel16>, kUp16);
     compare<RK_PixelFloat>(RK_AreaSample_CPlusPlus<RK_PixelFloat>, straight<Rounding::kNone, RK_PixelFloat>);
-    compare<RK_PixelFloat>(RKp_GetSamplerBundle<RK_PixelFloat>().area, straight<Rounding::kNone, RK_PixelFloat>);
+    compare<RK_PixelFloat>(RKp_GetSamplerBundle<RK_PixelFloat>().area,
+                           straight<Rounding::kNone, RK_PixelFloat>);
 }
 TEST(AreaSamplersAgainstPlain, Premultiplied) {
     compare<RK_Pixel8>(RK_AreaSample_Premul, plain::areaPremul);

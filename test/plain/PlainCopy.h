@@ -14,8 +14,8 @@ inline bool copySides(const GEO_Rect* rect, const RK_LayerDef& world, CopySides&
     s = {0, 0, world.width, world.height};
     if (rect == nullptr) return true;
     s = {rect->left, rect->top, rect->right, rect->bottom};
-    return s.left < s.right && s.top < s.bottom && s.left < world.width && s.top < world.height && s.right > 0 &&
-           s.bottom > 0;
+    return s.left < s.right && s.top < s.bottom && s.left < world.width && s.top < world.height &&
+           s.right > 0 && s.bottom > 0;
 }
 
 // How often each index of `from` is written, one entry per written index.
@@ -80,11 +80,12 @@ int copySampled(RK_ProgressInfo* progress, const RK_LayerDef& src, const RK_Laye
     d.right = std::min<int64_t>(d.right, dst.width), d.bottom = std::min<int64_t>(d.bottom, dst.height);
     for (int64_t y = d.top; y < d.bottom; ++y) {
         if (((y - d.top) & 63) == 0 && progress != nullptr && progress->abort_func != nullptr)
-            if (const RK_Long answer = progress->abort_func(progress->refcon)) return static_cast<int>(answer);
+            if (const RK_Long answer = progress->abort_func(progress->refcon))
+                return static_cast<int>(answer);
         for (int64_t x = d.left; x < d.right; ++x)
-            at<P>(dst, x, y) = sample(static_cast<int32_t>(x0 + (x - d.left) * sx),
-                                      static_cast<int32_t>(y0 + (y - d.top) * sy), pb,
-                                      sx > 0x10000 || sy > 0x10000);
+            at<P>(dst, x, y) =
+                sample(static_cast<int32_t>(x0 + (x - d.left) * sx),
+                       static_cast<int32_t>(y0 + (y - d.top) * sy), pb, sx > 0x10000 || sy > 0x10000);
     }
     return 0;
 }
@@ -101,7 +102,9 @@ inline RK_Pixel16 sampled(int32_t x, int32_t y, const RK_SampPB& pb, bool area, 
                 : point(x, y);
 }
 inline RK_PixelFloat sampled(int32_t x, int32_t y, const RK_SampPB& pb, bool area, bool, RK_PixelFloat*) {
-    const auto point = [&](int32_t px, int32_t py) { return bilinearPortable<RK_PixelFloat>(px, py, *pb.src); };
+    const auto point = [&](int32_t px, int32_t py) {
+        return bilinearPortable<RK_PixelFloat>(px, py, *pb.src);
+    };
     return area ? areaStraight<RK_PixelFloat>(x, y, pb, Rounding::kNone, point) : point(x, y);
 }
 

@@ -1,4 +1,5 @@
-// Draft and sampled copies against their plain twins: any two rectangles, partly and wholly outside, empty, equal.
+// Draft and sampled copies against their plain twins: any two rectangles, partly and wholly outside, empty,
+// equal.
 #include <gtest/gtest.h>
 
 #include "RK/indep/passes/RK_CopyBits.h"
@@ -16,8 +17,10 @@ struct Rects {
     GEO_Rect s, d;
     bool has_s, has_d;
     Rects(test::Random& r, const RK_LayerDef& src, const RK_LayerDef& dst)
-        : s(randomRect(r, src.width, src.height)), d(randomRect(r, dst.width, dst.height)),
-          has_s(r.below(3) != 0), has_d(r.below(3) != 0) {
+        : s(randomRect(r, src.width, src.height)),
+          d(randomRect(r, dst.width, dst.height)),
+          has_s(r.below(3) != 0),
+          has_d(r.below(3) != 0) {
         if (r.below(6) == 0) d = s;
         if (r.below(6) == 0) {
             d.right = static_cast<int16_t>(d.left + s.right - s.left);
@@ -34,15 +37,19 @@ struct Rects {
 template <class S, class D>
 void draftMany() {
     test::Random r(sizeof(S) * 3 + sizeof(D));
+    test::GuardedRows src_rows, dst_rows;
     const int count = test::amount(4000);
     for (int i = 0; i < count; ++i) {
-        const World<S> src(r, side(r), side(r));
+        World<S> src(r, side(r), side(r));
+        test::guardSome(r, src_rows, src);
         const bool match = r.below(5) == 0;
         const World<D> dst(r, match ? src.record.width : side(r), match ? src.record.height : side(r));
         const Rects rects(r, src.record, dst.record);
         World<D> expected(dst), got(dst);
+        test::guardSome(r, dst_rows, got);
         plain::copyDraft<S, D>(src.record, expected.record, rects.source(), rects.destination());
-        ASSERT_EQ(RK_CopyBits_Draft(nullptr, &src.record, &got.record, rects.source(), rects.destination()), 0);
+        ASSERT_EQ(RK_CopyBits_Draft(nullptr, &src.record, &got.record, rects.source(), rects.destination()),
+                  0);
         ASSERT_EQ(test::difference(dst, expected, got), "")
             << src.record.width << " by " << src.record.height << ", " << rects.told();
     }
@@ -72,19 +79,24 @@ struct Aborts {
 template <class P, class Sample>
 void sampledMany(decltype(RK_CopyBits_HQ_Straight)* copy, Sample sample) {
     test::Random r(sizeof(P) + 31);
+    test::GuardedRows src_rows, dst_rows;
     const int count = test::amount(1500);
     for (int i = 0; i < count; ++i) {
         const int width = side(r), height = side(r);
-        const World<P> src = test::sampleWorld<P>(r, width, height);
+        World<P> src = test::sampleWorld<P>(r, width, height);
+        test::guardSome(r, src_rows, src);
         const World<P> dst(r, side(r), r.below(16) == 0 ? 150 : side(r));
         const Rects rects(r, src.record, dst.record);
         World<P> expected(dst), got(dst);
+        test::guardSome(r, dst_rows, got);
         Aborts a{0, static_cast<int>(r.below(8))}, b = a;
-        RK_ProgressInfo expected_progress{&a, Aborts::abort, nullptr}, got_progress{&b, Aborts::abort, nullptr};
-        const int error = plain::copySampled<P>(&expected_progress, src.record, expected.record, rects.source(),
-                                                rects.destination(), sample);
+        RK_ProgressInfo expected_progress{&a, Aborts::abort, nullptr},
+            got_progress{&b, Aborts::abort, nullptr};
+        const int error = plain::copySampled<P>(&expected_progress, src.record, expected.record,
+                                                rects.source(), rects.destination(), sample);
         ASSERT_EQ(copy(&got_progress, &src.record, &got.record, rects.source(), rects.destination()), error);
-        ASSERT_EQ(test::difference(dst, expected, got), "") << width << " by " << height << ", " << rects.told();
+        ASSERT_EQ(test::difference(dst, expected, got), "")
+            << width << " by " << height << ", " << rects.told();
         ASSERT_EQ(a.calls, b.calls) << rects.told();
     }
 }

@@ -41,8 +41,8 @@ std::vector<Entry> areaTable(const RK_LayerDef& w) {
                 sum(x, y).v[k] = sample + sum(x - 1, y).v[k] + sum(x, y - 1).v[k] - sum(x - 1, y - 1).v[k];
                 cell.v[k] = sum(x, y).v[k] * (1.0 / ((x + 1.0) * (y + 1.0)));
             }
-            cells.push_back({static_cast<Cell>(cell.v[0]), static_cast<Cell>(cell.v[1]), static_cast<Cell>(cell.v[2]),
-                             static_cast<Cell>(cell.v[3])});
+            cells.push_back({static_cast<Cell>(cell.v[0]), static_cast<Cell>(cell.v[1]),
+                             static_cast<Cell>(cell.v[2]), static_cast<Cell>(cell.v[3])});
         }
     return cells;
 }
@@ -74,7 +74,8 @@ P boxDraft(const std::vector<Entry>& cells, int width, int height, int64_t left,
     Quad sum;
     const auto term = [&](int64_t x, int64_t y, double sign) {
         if (x * y != 0)
-            sum.add(Quad(cells[static_cast<size_t>((y - 1) * width + x - 1)]), sign * static_cast<double>(x * y));
+            sum.add(Quad(cells[static_cast<size_t>((y - 1) * width + x - 1)]),
+                    sign * static_cast<double>(x * y));
     };
     term(r, b, 1), term(l, t, 1), term(l, b, -1), term(r, t, -1);
     return boxMean<P>(sum, static_cast<double>(area));
@@ -97,7 +98,8 @@ P boxSmooth(const std::vector<Entry>& cells, int width, int height, float left, 
             for (int i = fx - 1; i <= fx; ++i) {
                 const double wx = i < fx ? 1 - (cx - fx) : cx - fx, wy = j < fy ? 1 - (cy - fy) : cy - fy;
                 if (i < 0 || j < 0 || wx == 0 || wy == 0) continue;
-                const Quad cell(cells[static_cast<size_t>(j) * static_cast<size_t>(width) + static_cast<size_t>(i)]);
+                const Quad cell(
+                    cells[static_cast<size_t>(j) * static_cast<size_t>(width) + static_cast<size_t>(i)]);
                 for (int k = 0; k < 4; ++k) sum.v[k] += sign * cell.v[k] * ((i + 1.0) * (j + 1.0)) * wx * wy;
             }
     };
@@ -206,14 +208,17 @@ void behind(int count, const int32_t line[4], const int32_t steps[4], const RK_S
         }
         P mean{};
         if (A != 0)
-            mean = {static_cast<C>(A / n), static_cast<C>(R / A), static_cast<C>(G / A), static_cast<C>(B / A)};
+            mean = {static_cast<C>(A / n), static_cast<C>(R / A), static_cast<C>(G / A),
+                    static_cast<C>(B / A)};
         const int64_t a = mean.alpha, d = p.alpha;
         if (d == 0) {
             p = mean;
             if (o < full) p.alpha = static_cast<C>(sizeof(P) == 4 ? pb.fcm_table[o * 256 + a] : D::mul(o, a));
         } else if (a > 0) {
             const int64_t s = a * o * (full - d), t = d * full * full;
-            const auto mix = [&](int64_t c, int64_t dc) { return static_cast<C>((c * s + dc * t) / (s + t)); };
+            const auto mix = [&](int64_t c, int64_t dc) {
+                return static_cast<C>((c * s + dc * t) / (s + t));
+            };
             p = {static_cast<C>((s + t) / (full * full)), mix(mean.red, p.red), mix(mean.green, p.green),
                  mix(mean.blue, p.blue)};
         }

@@ -33,10 +33,13 @@ float edge(test::Random& r, int size) {
 template <class P, class Entry>
 void tableMany() {
     test::Random r(sizeof(P));
+    test::GuardedRows guarded;
     const int count = test::amount(1500);
     for (int i = 0; i < count; ++i) {
         const int width = side(r), height = side(r);
-        const World<P> world = sizeof(P) == 16 ? World<P>(r, width, height) : test::sampleWorld<P>(r, width, height);
+        World<P> world =
+            sizeof(P) == 16 ? World<P>(r, width, height) : test::sampleWorld<P>(r, width, height);
+        test::guardSome(r, guarded, world);
         RK_LayerDef record = world.record;
         const std::unique_ptr<RK_World> object(RK_World::NewReference(&record));
         const RK_SummedAreaTable table(object.get());
@@ -46,7 +49,8 @@ void tableMany() {
             const Entry& e = cells[k];
             ASSERT_TRUE(got[k].alpha == e.alpha && got[k].red == e.red && got[k].green == e.green &&
                         got[k].blue == e.blue)
-                << "cell " << k << ": expected " << e.alpha << ", got " << got[k].alpha << " of " << width << " by " << height;
+                << "cell " << k << ": expected " << e.alpha << ", got " << got[k].alpha << " of " << width
+                << " by " << height;
         }
         for (int k = 0; k < 60; ++k) {
             const float l = edge(r, width), t = edge(r, height), right = edge(r, width), b = edge(r, height);
@@ -58,11 +62,11 @@ void tableMany() {
             const P draft_twin = plain::boxDraft<P>(cells, width, height, li, ti, ri, bi);
             const P smooth_twin = plain::boxSmooth<P>(cells, width, height, l, t, right, b);
             ASSERT_TRUE(test::samePixel(draft_twin, draft))
-                << "draft " << li << ", " << ti << ", " << ri << ", " << bi << " of " << width << " by " << height
-                << ": expected " << test::show(draft_twin) << ", got " << test::show(draft);
+                << "draft " << li << ", " << ti << ", " << ri << ", " << bi << " of " << width << " by "
+                << height << ": expected " << test::show(draft_twin) << ", got " << test::show(draft);
             ASSERT_TRUE(test::samePixel(smooth_twin, smooth))
-                << "smooth " << l << ", " << t << ", " << right << ", " << b << " of " << width << " by " << height
-                << ": expected " << test::show(smooth_twin) << ", got " << test::show(smooth);
+                << "smooth " << l << ", " << t << ", " << right << ", " << b << " of " << width << " by "
+                << height << ": expected " << test::show(smooth_twin) << ", got " << test::show(smooth);
         }
     }
 }
@@ -73,10 +77,12 @@ TEST(TablesAgainstPlain, CellsAndBoxesOfFloat) { tableMany<RK_PixelFloat, RK_Pix
 template <class P>
 void halveMany(bool gauss) {
     test::Random r(sizeof(P) + (gauss ? 1 : 0));
+    test::GuardedRows guarded;
     const int count = test::amount(6000);
     for (int i = 0; i < count; ++i) {
         const int width = side(r) + 1, height = side(r) + 1;
-        const World<P> world = test::sampleWorld<P>(r, width, height);
+        World<P> world = test::sampleWorld<P>(r, width, height);
+        test::guardSome(r, guarded, world);
         const bool keep_odd = r.below(2) == 0;
         plain::Rows<P> rows;
         for (int y = 0; y < height; ++y) {
@@ -87,13 +93,14 @@ void halveMany(bool gauss) {
         RK_LayerDef record = world.record;
         const std::unique_ptr<RK_World> object(RK_World::NewReference(&record));
         const RK_World* made = nullptr;
-        (gauss ? RK_NewGaussFilteredDecimateByTwo : RK_NewBoxFilteredDecimateByTwo)(object.get(), keep_odd, &made);
+        (gauss ? RK_NewGaussFilteredDecimateByTwo : RK_NewBoxFilteredDecimateByTwo)(object.get(), keep_odd,
+                                                                                    &made);
         const std::unique_ptr<const RK_World> got(made);
         ASSERT_EQ(got->record.height, static_cast<int>(rows.size()));
         ASSERT_EQ(got->record.width, static_cast<int>(rows[0].size()));
         for (int y = 0; y < got->record.height; ++y)
-            ASSERT_EQ(test::firstDifference(rows[static_cast<size_t>(y)].data(), &plain::at<P>(got->record, 0, y),
-                                            got->record.width),
+            ASSERT_EQ(test::firstDifference(rows[static_cast<size_t>(y)].data(),
+                                            &plain::at<P>(got->record, 0, y), got->record.width),
                       -1)
                 << "row " << y << " of " << width << " by " << height << (keep_odd ? ", odd kept" : "");
     }
@@ -116,10 +123,13 @@ void behindMany(RK_BehindScan<P>* scan, Reads reads) {
     for (int o = 0; o < 256; ++o)
         for (int a = 0; a < 256; ++a)
             multiply[static_cast<size_t>(o * 256 + a)] = static_cast<uint8_t>(plain::Int8::mul(o, a));
+    test::GuardedRows src_rows, out_rows;
     const int count = test::amount(4000);
     for (int i = 0; i < count; ++i) {
         const int width = side(r), height = side(r);
-        const World<P> src = test::sampleWorld<P>(r, width, height), row(r, side(r), 1);
+        World<P> src = test::sampleWorld<P>(r, width, height);
+        const World<P> row(r, side(r), 1);
+        test::guardSome(r, src_rows, src);
         RK_SampPB pb = test::sampleBlock(src.record);
         pb.motion_samples = static_cast<int32_t>(r.below(10));
         pb.x_radius = 0x4000 + static_cast<int32_t>(r.below(0x20000));
@@ -136,13 +146,16 @@ void behindMany(RK_BehindScan<P>* scan, Reads reads) {
             steps[k] = static_cast<int32_t>(r.below(0x40000)) - 0x20000;
         }
         World<P> expected(row), got(row);
+        test::guardSome(r, out_rows, got);
         const auto sample = [&](int32_t x, int32_t y) {
             if (reads == Reads::kNearest) return plain::nearest<P>(x, y, src.record);
             return plain::sampled(x, y, pb, reads == Reads::kArea, KIT_G_CPU_DataP->has_sse2 != 0,
                                   static_cast<P*>(nullptr));
         };
         plain::behind<P>(row.record.width, line, steps, pb, expected.picture.row(0), sample);
-        ASSERT_EQ(scan(nullptr, static_cast<int16_t>(row.record.width), line, steps, &pb, got.picture.row(0)), 0);
+        ASSERT_EQ(scan(nullptr, static_cast<int16_t>(row.record.width), line, steps, &pb,
+                       static_cast<P*>(got.record.data)),
+                  0);
         ASSERT_EQ(test::difference(row, expected, got), "")
             << pb.motion_samples << " samples, opacity " << int{pb.comp_mode.opacity} << " or "
             << pb.comp_mode.opacity16;

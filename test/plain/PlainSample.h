@@ -11,7 +11,9 @@
 namespace plain {
 
 // Truncated and held to 0..255; NaN is 0.
-inline uint8_t saturated(float v) { return v >= 255.0f ? uint8_t{255} : v > 0.0f ? static_cast<uint8_t>(v) : uint8_t{0}; }
+inline uint8_t saturated(float v) {
+    return v >= 255.0f ? uint8_t{255} : v > 0.0f ? static_cast<uint8_t>(v) : uint8_t{0};
+}
 
 // The neighbours p00, p10, p01, p11 of a position; the zero pixel for those outside.
 template <class P>
@@ -172,7 +174,8 @@ inline RK_Pixel8 bilinearNested(int32_t x, int32_t y, const RK_LayerDef& src) {
             nested(p[0].blue, p[1].blue, p[2].blue, p[3].blue, u, v)};
 }
 // One of four at once.
-inline RK_Pixel8 bilinearOfFour(int32_t x, int32_t y, const RK_LayerDef& src, const double* weights = nullptr) {
+inline RK_Pixel8 bilinearOfFour(int32_t x, int32_t y, const RK_LayerDef& src,
+                                const double* weights = nullptr) {
     const Neighbours<RK_Pixel8> n(src, x, y);
     const Weights<float> w = weights ? Weights<float>(weights) : Weights<float>(x, y);
     return weightedCore(n.p, w.w, false);

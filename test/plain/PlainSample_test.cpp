@@ -1,4 +1,5 @@
-// Every bilinear and nearest sampler against its plain twin, at positions inside, at the edges and far away.
+// Every bilinear and nearest sampler against its plain twin, at positions inside, at the edges and far away,
+// over sources between pages that cannot be read.
 #include <gtest/gtest.h>
 
 #include "RK/indep/frame/RKp_OverFuncs.h"
@@ -25,10 +26,12 @@ constexpr int kWorlds = 6000, kPositions = 40;
 template <class P, class Test>
 void overWorlds(uint32_t seed, int smallest, Test test) {
     test::Random r(seed + sizeof(P));
+    test::GuardedRows rows;
     const int count = test::amount(kWorlds);
     for (int i = 0; i < count && !testing::Test::HasFatalFailure(); ++i) {
         const int width = std::max(smallest, side(r)), height = std::max(smallest, side(r));
-        const test::World<P> world = sampleWorld<P>(r, width, height);
+        test::World<P> world = sampleWorld<P>(r, width, height);
+        test::guardSome(r, rows, world);
         const RK_SampPB pb = sampleBlock(world.record);
         test(r, world.record, pb);
     }
@@ -99,7 +102,8 @@ TEST(SamplersAgainstPlain, WeightsOfEveryFraction) {
     test::Random r(3);
     const int count = test::amount(1000000);
     for (int i = 0; i < count; ++i) {
-        const uint16_t x = static_cast<uint16_t>(test::fraction(r)), y = static_cast<uint16_t>(test::fraction(r));
+        const uint16_t x = static_cast<uint16_t>(test::fraction(r)),
+                       y = static_cast<uint16_t>(test::fraction(r));
         double got[4];
         ASSERT_EQ(RK_SubpixelSampleComputeWeight(x, y, got), 0);
         ASSERT_EQ(std::memcmp(got, plain::Weights<double>(x, y).w, sizeof got), 0) << x << ", " << y;
@@ -192,7 +196,8 @@ void compareSpan(RK_SamplerSpan<P>* sampler, Plain twin) {
             ASSERT_EQ(test::firstDifference(expected.data(), got.data(), src.width), -1)
                 << count << " pixels" << showPosition(x, y, src);
             ASSERT_TRUE(sum == expected_sum || (sum != sum && expected_sum != expected_sum))
-                << sum << ", expected " << expected_sum << "; " << count << " pixels" << showPosition(x, y, src);
+                << sum << ", expected " << expected_sum << "; " << count << " pixels"
+                << showPosition(x, y, src);
         }
     });
 }

@@ -126,7 +126,8 @@ struct MotionSums {
             if constexpr (!D::kReal)
                 if (A == n * D::W) {
                     const N c = sum / n;
-                    return static_cast<C>(sizeof(P) == 4 ? (c + 128 + ((c + 128) >> 8)) >> 8 : (c + 16383) >> 15);
+                    return static_cast<C>(sizeof(P) == 4 ? (c + 128 + ((c + 128) >> 8)) >> 8
+                                                         : (c + 16383) >> 15);
                 }
             return static_cast<C>(sum / A);
         };
@@ -195,8 +196,8 @@ template <class P>
 std::vector<P> linearRow(const TransformCall& call, const Pose& first, const Pose& last, int64_t row,
                          int64_t width) {
     const int samples = static_cast<int>(call.matrices.size()) - 1;
-    const bool prepared = !first.reduces() && first.dx == 0x10000 && first.dy == 0 && last.dx == 0x10000 &&
-                          last.dy == 0;
+    const bool prepared =
+        !first.reduces() && first.dx == 0x10000 && first.dy == 0 && last.dx == 0x10000 && last.dy == 0;
     std::vector<P> line;
     for (int64_t i = 0; i < width; ++i) {
         const int64_t x = first.px(i, row), y = first.py(i, row);
@@ -217,7 +218,8 @@ std::vector<P> linearRow(const TransformCall& call, const Pose& first, const Pos
 }
 
 template <class P>
-std::vector<P> generalRow(const TransformCall& call, const std::vector<Pose>& poses, int64_t row, int64_t width) {
+std::vector<P> generalRow(const TransformCall& call, const std::vector<Pose>& poses, int64_t row,
+                          int64_t width) {
     bool area = false;
     for (const Pose& p : poses) area = area || p.reduces();
     std::vector<P> line;
@@ -244,54 +246,77 @@ typename D::N maskAlpha(const RK_Mask& mask, int64_t x, int64_t y) {
 
 // ---- The whole ------------------------------------------------------------------------------------------
 
+// What a transform would touch.
+struct Extent {
+    bool motion, inverts, stencil;
+    bool nothing;  // the matrices invert, and there is no room to draw in
+    Edges asked, working;
+};
+inline Extent extentOf(const TransformCall& call, const std::vector<Pose>& poses, const RK_LayerDef& dst) {
+    Extent e{};
+    e.motion = poses.size() > 1 &&
+               !GEO_EqualMatrixWithinEpsilon(&call.matrices.front(), &call.matrices.back(), 1e-12);
+    e.inverts = poses.front().inverts && (!e.motion || poses.back().inverts);
+    e.stencil = call.mode.xfer == RK_Xfer_StencilAlpha || call.mode.xfer == RK_Xfer_StencilLuma;
+    e.asked = {0, 0, dst.width, dst.height};
+    if (const GEO_Rect* const r = call.dest_rect)
+        e.asked = meet(e.asked, {r->left, r->top, r->right, r->bottom});
+    if (!e.inverts) return e;
+    Edges area = e.asked;
+    if (call.mask != nullptr && (call.mask->mask_kind & 1) == 0)
+        area = meet(area, {call.mask->mask_x, call.mask->mask_y, call.mask->mask_x + call.mask->world.width,
+                           call.mask->mask_y + call.mask->world.height});
+    e.nothing = area.empty();
+    if (e.nothing) return e;
+    for (const Pose& p : poses) {
+        if (!call.src2dst && !p.inverts) continue;
+        const GEO_FloatRect all = {0, 0, static_cast<double>(call.src->width),
+                                   static_cast<double>(call.src->height)};
+        GEO_FloatRect drawn;
+        GEO_TransformFloatRect(&p.to_dst, &all, &drawn);
+        const auto edge = [](double v) {
+            return int64_t{GEO_RoundDouble(std::min(std::max(v, -2147483648.0), 2147483647.0))};
+        };
+        e.working = join(e.working, meet(area, {edge(drawn.left) - 1, edge(drawn.top) - 1,
+                                                edge(drawn.right) + 1, edge(drawn.bottom) + 1}));
+    }
+    return e;
+}
+inline std::vector<Pose> posesOf(const TransformCall& call) {
+    std::vector<Pose> poses;
+    for (const GEO_Matrix3& m : call.matrices) poses.emplace_back(m, call.src2dst);
+    return poses;
+}
+// The rectangle that a replaced body is given; false when it is not called.
+inline bool affected(const TransformCall& call, const RK_LayerDef& dst, Edges& rect) {
+    const Extent e = extentOf(call, posesOf(call), dst);
+    rect = !e.inverts || e.stencil ? e.asked : e.working;
+    return !e.nothing;
+}
+
 template <class P>
 int transform(const TransformCall& call, const RK_LayerDef& dst) {
     using D = typename DepthOf<P>::D;
     using N = typename D::N;
-    const RK_LayerDef& src = *call.src;
     const size_t count = call.matrices.size();
     if (count == 0) return 0;
-    std::vector<Pose> poses;
-    for (const GEO_Matrix3& m : call.matrices) poses.emplace_back(m, call.src2dst);
+    std::vector<Pose> poses = posesOf(call);
     Pose &first = poses.front(), &last = poses.back();
-    const bool motion = count > 1 && !GEO_EqualMatrixWithinEpsilon(&call.matrices.front(), &call.matrices.back(),
-                                                                   1e-12);
-    const bool inverts = first.inverts && (!motion || last.inverts);
-    const bool stencil = call.mode.xfer == RK_Xfer_StencilAlpha || call.mode.xfer == RK_Xfer_StencilLuma;
-    const Edges bounds = {0, 0, dst.width, dst.height};
-    const Edges asked = call.dest_rect != nullptr ? meet(bounds, {call.dest_rect->left, call.dest_rect->top,
-                                                                  call.dest_rect->right, call.dest_rect->bottom})
-                                                  : bounds;
+    const Extent extent = extentOf(call, poses, dst);
+    if (extent.nothing) return 0;
+    const bool motion = extent.motion, stencil = extent.stencil;
+    const Edges asked = extent.asked, working = extent.working;
     const auto clearOutside = [&](const Edges& kept) {
         for (int64_t y = asked.top; y < asked.bottom; ++y)
             for (int64_t x = asked.left; x < asked.right; ++x)
                 if (!kept.holds(x, y)) at<P>(dst, x, y).alpha = 0;
     };
 
-    Edges working = {0, 0, 0, 0};
-    if (inverts) {
-        Edges area = asked;
-        if (call.mask != nullptr && (call.mask->mask_kind & 1) == 0)
-            area = meet(area, {call.mask->mask_x, call.mask->mask_y, call.mask->mask_x + call.mask->world.width,
-                               call.mask->mask_y + call.mask->world.height});
-        if (area.empty()) return 0;
-        for (const Pose& p : poses) {
-            if (!call.src2dst && !p.inverts) continue;
-            const GEO_FloatRect all = {0, 0, static_cast<double>(src.width), static_cast<double>(src.height)};
-            GEO_FloatRect drawn;
-            GEO_TransformFloatRect(&p.to_dst, &all, &drawn);
-            const auto edge = [](double v) {
-                return int64_t{GEO_RoundDouble(std::min(std::max(v, -2147483648.0), 2147483647.0))};
-            };
-            working = join(working, meet(area, {edge(drawn.left) - 1, edge(drawn.top) - 1, edge(drawn.right) + 1,
-                                                edge(drawn.bottom) + 1}));
-        }
-    }
     if (first.degenerate() || (motion && last.degenerate())) {
         if (stencil) clearOutside({0, 0, 0, 0});
         return 0;
     }
-    if (!inverts) return 0;
+    if (!extent.inverts) return 0;
 
     const RK_CompositeModePlus plus(call.mode);
     if (!motion && GEO_GetMatrixType(&first.to_dst) <= 1) {
@@ -303,8 +328,8 @@ int transform(const TransformCall& call, const RK_LayerDef& dst) {
             const GEO_Rect from = {
                 static_cast<int16_t>(working.top - oy), static_cast<int16_t>(working.left - ox),
                 static_cast<int16_t>(working.bottom - oy), static_cast<int16_t>(working.right - ox)};
-            return transferRect<P>(call.progress, call.field, &from, src, plus, call.mask, working.left, working.top,
-                                   dst);
+            return transferRect<P>(call.progress, call.field, &from, *call.src, plus, call.mask, working.left,
+                                   working.top, dst);
         }
     }
 
@@ -338,14 +363,16 @@ int transform(const TransformCall& call, const RK_LayerDef& dst) {
                     m.alpha = static_cast<typename D::Channel>(maskAlpha<D>(*call.mask, x, y));
                 matte.push_back(m);
             }
-            const bool drawn_when_empty = stencil || mode.xfer == RK_Xfer_Replace || mode.xfer == RK_Xfer_PremulOver;
+            const bool drawn_when_empty =
+                stencil || mode.xfer == RK_Xfer_Replace || mode.xfer == RK_Xfer_PremulOver;
             if (mode.xfer == RK_Xfer_Over && call.mask == nullptr && !mode.rgb_only &&
                 D::opacityIsFull(mode.opacity) && sum == static_cast<N>(width) * D::W) {
                 out = line;
             } else if (sum != 0 || drawn_when_empty) {
                 mode.rand_seed = static_cast<int32_t>(seed);
-                const int error = plain::row<P>(mode, call.mask != nullptr, static_cast<int>(width), line.data(),
-                                                call.mask != nullptr ? matte.data() : nullptr, out.data());
+                const int error =
+                    plain::row<P>(mode, call.mask != nullptr, static_cast<int>(width), line.data(),
+                                  call.mask != nullptr ? matte.data() : nullptr, out.data());
                 if (error != 0) return error;
             }
             for (int64_t i = 0; i < width; ++i) at<P>(dst, working.left + i, y) = out[static_cast<size_t>(i)];

@@ -1,5 +1,5 @@
-// World transforms against their plain twin: at rest and in motion, draft and best, every mode, masks of every kind,
-// fields, reflections, perspective, no extent.
+// World transforms against their plain twin: at rest and in motion, draft and best, every mode, masks of
+// every kind, fields, reflections, perspective, no extent.
 #include <memory>
 
 #include <gtest/gtest.h>
@@ -36,7 +36,8 @@ double scaleOf(test::Random& r) {
     return r.below(2) == 0 ? special[r.below(8)] : amountOf(r, 2.5);
 }
 Placement placementOf(test::Random& r, const RK_LayerDef& src, const RK_LayerDef& dst) {
-    Placement p{amountOf(r, dst.width), amountOf(r, dst.height), 0, 1, 1, 0, src.width / 2.0, src.height / 2.0};
+    Placement p{amountOf(r, dst.width), amountOf(r, dst.height), 0, 1, 1, 0,
+                src.width / 2.0,        src.height / 2.0};
     if (r.below(3) == 0) p.x = std::floor(p.x), p.y = std::floor(p.y);
     if (r.below(4) == 0) p.x = std::floor(p.x * 2) / 2;
     if (r.below(3) != 0) p.sx = scaleOf(r), p.sy = r.below(2) == 0 ? p.sx : scaleOf(r);
@@ -72,14 +73,20 @@ RK_CompositeMode modeOf(test::Random& r, int xfer) {
     return {xfer, static_cast<int32_t>(r.next()), o8, static_cast<uint8_t>(r.below(4) == 0), o16};
 }
 
+struct Guards {
+    test::GuardedRows src, dst, mask;
+};
+
 template <class P>
-void transformOne(test::Random& r, bool moves, int xfer) {
+void transformOne(test::Random& r, Guards& guards, bool moves, int xfer) {
     const int width = side(r), height = side(r);
-    const World<P> src = test::sampleWorld<P>(r, width, height);
-    const World<P> dst(r, side(r), side(r)), mask_world(r, side(r), side(r));
+    World<P> src = test::sampleWorld<P>(r, width, height), mask_world(r, side(r), side(r));
+    const World<P> dst(r, side(r), side(r));
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             if (sizeof(P) == 16) plain::at<P>(src.record, x, y) = test::pixel<P>(r);
+    test::guardSome(r, guards.src, src);
+    test::guardSome(r, guards.mask, mask_world);
     RK_Mask mask{mask_world.record, about(r, dst.record.height), about(r, dst.record.width), r.below(4)};
     if (r.below(2) == 0) mask.mask_x = mask.mask_y = 0;
     const bool has_mask = xfer == RK_Xfer_MatteMix || r.below(2) == 0, has_rect = r.below(2) == 0;
@@ -91,6 +98,7 @@ void transformOne(test::Random& r, bool moves, int xfer) {
         for (GEO_Matrix3& m : matrices) GEO_InverseMatrixQuiet(&m, &m);
 
     World<P> expected(dst), got(dst);
+    test::guardSome(r, guards.dst, got);
     Calls expected_calls{{}, r.below(8) == 0 ? 1 : 0}, got_calls = expected_calls;
     RK_ProgressInfo expected_progress{&expected_calls, nullptr, Calls::progress};
     RK_ProgressInfo got_progress{&got_calls, nullptr, Calls::progress};
@@ -111,10 +119,10 @@ void transformOne(test::Random& r, bool moves, int xfer) {
     const std::unique_ptr<RK_World> mask_object(RK_World::NewReference(&mask_record));
     const std::unique_ptr<RK_World> dst_object(RK_World::NewReference(&got.record));
     const RK_TransformMask product_mask{mask_object.get(), mask.mask_y, mask.mask_x, mask.mask_kind};
-    const RK_Long error = RK_TransformWorld(
-        &got_progress, best ? RK_kBest : RK_kDraft, 0, field, src_object.get(), &call.mode, nullptr,
-        has_mask ? &product_mask : nullptr, matrices.data(), static_cast<RK_Long>(matrices.size()), src2dst,
-        call.dest_rect, dst_object.get());
+    const RK_Long error =
+        RK_TransformWorld(&got_progress, best ? RK_kBest : RK_kDraft, 0, field, src_object.get(), &call.mode,
+                          nullptr, has_mask ? &product_mask : nullptr, matrices.data(),
+                          static_cast<RK_Long>(matrices.size()), src2dst, call.dest_rect, dst_object.get());
     const std::string wrong = test::difference(dst, expected, got);
     if (wrong.empty() && error == expected_error && got_calls.made == expected_calls.made) return;
     std::ostringstream told;
@@ -122,8 +130,8 @@ void transformOne(test::Random& r, bool moves, int xfer) {
          << int{call.mode.opacity} << (call.mode.rgb_only ? ", rgb_only" : "") << (src2dst ? ", src2dst" : "")
          << "\n  source " << width << " by " << height << ", " << (has_rect ? test::show(rect) : "whole");
     if (has_mask)
-        told << "\n  mask " << mask.world.width << " by " << mask.world.height << " at " << mask.mask_x << ", "
-             << mask.mask_y << ", kind " << mask.mask_kind;
+        told << "\n  mask " << mask.world.width << " by " << mask.world.height << " at " << mask.mask_x
+             << ", " << mask.mask_y << ", kind " << mask.mask_kind;
     told.precision(17);
     for (const GEO_Matrix3& m : matrices) {
         told << "\n ";
@@ -136,11 +144,12 @@ void transformOne(test::Random& r, bool moves, int xfer) {
 template <class P>
 void transformMany(bool moves) {
     test::Random r(sizeof(P) + (moves ? 70 : 60));
+    Guards guards;
     const int count = test::amount(moves ? 8000 : 12000);
     for (int i = 0; i < count && !testing::Test::HasFatalFailure(); ++i) {
         int mode = RK_kFirstMode + i % (RK_kLastMode - RK_kFirstMode + 1);
         if (mode == RK_Xfer_None || r.below(4) == 0) mode = RK_Xfer_Over;
-        transformOne<P>(r, moves, mode);
+        transformOne<P>(r, guards, moves, mode);
     }
 }
 TEST(TransformsAgainstPlain, AtRestAt8Bits) { transformMany<RK_Pixel8>(false); }
