@@ -36,6 +36,8 @@ using RKp_IterateLUTFunc = RK_Long(RK_EffectData*, RK_Long progress_base, RK_Lon
                                    const GEO_Rect* rect, const uint8_t* a_lut, const uint8_t* r_lut,
                                    const uint8_t* g_lut, const uint8_t* b_lut, RK_LayerDef* dst);
 using RKp_IterateGenericFunc = RK_Long(RK_Long iterations, void* refcon, RK_GenericFunc* fn);
+// Takes anything.
+using RKp_RetiredFunc = RK_Long(...);
 using RKp_PremulRectFunc = RK_Long(RK_EffectRef, RK_Long forward, const GEO_Rect* rect, RK_LayerDef* world);
 
 using RKp_TransferRectFunc = RK_Long(RK_ProgressInfo* progress, void* reserved1, void* reserved2, RK_Long field,

@@ -1,0 +1,38 @@
+// One pass of the box blur over lines side by side.
+//
+// Places along the lines are counted from the source's first pixel, and may lie outside of it.
+#ifndef RKP_BOX_LINE_H
+#define RKP_BOX_LINE_H
+
+#include "RK/indep/frame/RK.h"
+
+struct RKp_Range {
+    int64_t first, end;  // no end before its first
+    int64_t size() const { return end - first; }
+};
+
+template <class P>
+struct RKp_BoxStage {
+    const P* in;                      // the pixel at from.first
+    P* out;                           // the pixel at to.first
+    ptrdiff_t in_step, out_step;      // along a line
+    ptrdiff_t in_across, out_across;  // from line to line
+    RKp_Range from, to;
+    int32_t lines;  // 1 to RKp_kBoxBlock
+    int32_t reach;  // the radius rounded up
+    float radius;
+    uint32_t flags;
+    bool divide;  // by alpha
+};
+
+// Lines that are walked together where neighbours share cache lines. A power of two below 64, so that
+// progress comes between blocks.
+constexpr int32_t RKp_kBoxBlock = 16;
+
+// Up to this reach a numerator of depth 8, 255.5 times the weight of the window at most, fits 31 bits.
+constexpr int32_t RKp_kBoxNarrowReach = 4095;
+
+template <class P>
+void RKp_BoxPass(const RKp_BoxStage<P>& stage);
+
+#endif

@@ -1,0 +1,166 @@
+// The walk of a box blur, for any arithmetic. A window of 2R + 1 pixels slides along; at each place the sums
+// lose what falls out behind, gain what comes in ahead, and give a pixel. What lies outside the range is read
+// as one zero pixel over and over, so that the walk falls into spans in which nothing is asked.
+//
+// An arithmetic A has
+//   Sums, Sample, Weight    running sums; a pixel read; the type of counts and divisors
+//   Divisor                 a weight made ready to divide by
+//   Sample read(const P*)
+//   Weight one(), edge()    what a pixel counts, and what an outermost one counts less
+//   Weight full(reach)      the window's whole weight
+//   Weight weigh(n)         the weight of n pixels
+//   void add(Sums&, Sample)
+//   void slide(Sums&, Sample behind, Sample ahead)
+//   void put(const Sums&, Divisor, const P* centre, P* out)                               all weights 1
+//   void put(const Sums&, Sample first, Sample last, Divisor, const P* centre, P* out)    outermost ones less
+//   void putNone(const P* centre, P* out)                                                 for a divisor of 0
+#ifndef RKP_BOX_WALK_T_H
+#define RKP_BOX_WALK_T_H
+
+#include <algorithm>
+#include <type_traits>
+
+#include "RK/indep/filter/RK_BlurFlags.h"
+#include "RK/indep/filter/RKp_BoxLine.h"
+
+// One place of all lines after another, as pixels of the input or as zero.
+template <class P>
+struct RKp_BoxCursor {
+    RKp_BoxCursor(const RKp_BoxStage<P>& stage, int64_t place, const P& zero)
+        : inside(place >= stage.from.first && place < stage.from.end),
+          at(inside ? stage.in + static_cast<ptrdiff_t>(place - stage.from.first) * stage.in_step : &zero),
+          step(inside ? stage.in_step : 0),
+          across(inside ? stage.in_across : 0) {}
+    const P* line(int32_t j) const { return at + j * across; }
+
+    bool inside;
+    const P* at;
+    ptrdiff_t step, across;
+};
+
+// kLines: 1, or 0 for as many as the stage has.
+template <class P, class A, bool kEdges, int kLines>
+class RKp_BoxWalk {
+  public:
+    RKp_BoxWalk(const RKp_BoxStage<P>& stage, const A& arithmetic) : stage_(stage), a_(arithmetic) {}
+
+    void run() {
+        start();
+        // Where a pixel comes in, falls out, or is the centre.
+        const int64_t reach = stage_.reach, first = stage_.from.first, end = stage_.from.end;
+        const int64_t bounds[] = {first - reach, end - reach,       first,          end, first + reach,
+                                  end + reach,   first + reach + 1, end + reach + 1};
+        for (int64_t place = stage_.to.first; place < stage_.to.end;) {
+            int64_t stop = stage_.to.end;
+            for (const int64_t bound : bounds)
+                if (bound > place) stop = std::min(stop, bound);
+            span(place, stop);
+            place = stop;
+        }
+    }
+
+  private:
+    using Sums = typename A::Sums;
+    using Weight = typename A::Weight;
+    static constexpr int kMost = kLines == 1 ? 1 : RKp_kBoxBlock;
+    int32_t lines() const { return kLines == 1 ? 1 : stage_.lines; }
+    bool renormalise() const { return (stage_.flags & RK_kBlurRenormalise) != 0; }
+
+    // The sums before the first place: of the window one place earlier.
+    void start() {
+        const int64_t centre = stage_.to.first - 1;
+        const int64_t from = std::max(stage_.from.first, centre - stage_.reach);
+        const int64_t to = std::min(stage_.from.end - 1, centre + stage_.reach);
+        count_ = a_.weigh(std::max<int64_t>(0, to - from + 1));
+        for (int32_t j = 0; j < lines(); ++j) sums_[j] = Sums{};
+        RKp_BoxCursor<P> cursor(stage_, from, zero_);
+        for (int64_t place = from; place <= to; ++place, cursor.at += cursor.step)
+            for (int32_t j = 0; j < lines(); ++j) a_.add(sums_[j], a_.read(cursor.line(j)));
+    }
+
+    // Places first up to end - 1, in which the same of the window's ends are inside.
+    void span(int64_t first, int64_t end) {
+        const RKp_BoxCursor<P> behind(stage_, first - 1 - stage_.reach, zero_),
+            trailing(stage_, first - stage_.reach, zero_), leading(stage_, first + stage_.reach, zero_);
+        Weight lost = 0;
+        if (kEdges && trailing.inside) lost += a_.edge();
+        if (kEdges && leading.inside) lost += a_.edge();
+        if (!renormalise()) {
+            steady(first, end, behind, trailing, leading, a_.full(stage_.reach));
+        } else if (behind.inside == leading.inside) {
+            steady(first, end, behind, trailing, leading, count_ - lost);
+        } else {
+            walk(first, end, behind, trailing, leading, [&](auto&& step) {
+                if (behind.inside) count_ -= a_.one();
+                if (leading.inside) count_ += a_.one();
+                const Weight divisor = count_ - lost;
+                if (divisor == 0)
+                    step(None{});
+                else
+                    step(a_.divisor(divisor));
+            });
+        }
+    }
+    void steady(int64_t first, int64_t end, const RKp_BoxCursor<P>& behind, const RKp_BoxCursor<P>& trailing,
+                const RKp_BoxCursor<P>& leading, Weight divisor) {
+        if (divisor == 0) {
+            walk(first, end, behind, trailing, leading, [](auto&& step) { step(None{}); });
+        } else {
+            const auto ready = a_.divisor(divisor);
+            walk(first, end, behind, trailing, leading, [&](auto&& step) { step(ready); });
+        }
+    }
+
+    struct None {};
+    // choose(step) calls step with the divisor of each place.
+    template <class Choose>
+    void walk(int64_t first, int64_t end, RKp_BoxCursor<P> behind, RKp_BoxCursor<P> trailing,
+              RKp_BoxCursor<P> leading, Choose&& choose) {
+        RKp_BoxCursor<P> centre(stage_, first, zero_);
+        P* out = stage_.out + static_cast<ptrdiff_t>(first - stage_.to.first) * stage_.out_step;
+        for (int64_t n = end - first; n > 0; --n) {
+            choose([&](const auto& divisor) {
+                for (int32_t j = 0; j < lines(); ++j)
+                    place(j, behind, trailing, leading, centre, divisor, out);
+            });
+            behind.at += behind.step;
+            trailing.at += trailing.step;
+            leading.at += leading.step;
+            centre.at += centre.step;
+            out += stage_.out_step;
+        }
+    }
+    template <class Divisor>
+    void place(int32_t j, const RKp_BoxCursor<P>& behind, const RKp_BoxCursor<P>& trailing,
+               const RKp_BoxCursor<P>& leading, const RKp_BoxCursor<P>& centre, const Divisor& divisor,
+               P* out) {
+        const auto ahead = a_.read(leading.line(j));
+        a_.slide(sums_[j], a_.read(behind.line(j)), ahead);
+        P* const to = out + j * stage_.out_across;
+        if constexpr (std::is_same_v<Divisor, None>)
+            a_.putNone(centre.line(j), to);
+        else if constexpr (kEdges)
+            a_.put(sums_[j], a_.read(trailing.line(j)), ahead, divisor, centre.line(j), to);
+        else
+            a_.put(sums_[j], divisor, centre.line(j), to);
+    }
+
+    const RKp_BoxStage<P>& stage_;
+    const A& a_;
+    const P zero_ = {};
+    Weight count_ = 0;
+    Sums sums_[kMost];
+};
+
+template <class P, class A>
+void RKp_WalkBox(const RKp_BoxStage<P>& stage, const A& arithmetic) {
+    const bool edges = arithmetic.edge() != 0;
+    if (stage.lines == 1)
+        edges ? RKp_BoxWalk<P, A, true, 1>(stage, arithmetic).run()
+              : RKp_BoxWalk<P, A, false, 1>(stage, arithmetic).run();
+    else
+        edges ? RKp_BoxWalk<P, A, true, 0>(stage, arithmetic).run()
+              : RKp_BoxWalk<P, A, false, 0>(stage, arithmetic).run();
+}
+
+#endif
