@@ -1,7 +1,7 @@
 // Every sampler and behind scan of the slot list, and the portable forms, one call after the other along
 // slanted rows.
+#include "RK/indep/frame/RKp_SlotBodies.h"
 #include "bench/Worlds.h"
-#include "test/SlotBodies.h"
 
 namespace {
 
