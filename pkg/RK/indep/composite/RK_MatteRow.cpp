@@ -3,30 +3,7 @@
 #include <algorithm>
 
 #include "RK/indep/composite/RKp_CompositeArea.h"
-#include "RK/indep/frame/RKp_Depth.h"
-
-namespace {
-
-template <class P>
-void fillAlpha(P* row, int32_t begin, int32_t end, typename RKp_Depth<P>::Wide value) {
-    for (int32_t x = begin; x < end; ++x) row[x].alpha = static_cast<RK_Channel<P>>(value);
-}
-
-// The value of one mask pixel.
-template <class P, bool luma, bool inverted>
-RK_Channel<P> matteValue(const P& m) {
-    using D = RKp_Depth<P>;
-    typename D::Wide value = m.alpha;
-    if (luma) value = D::mul(value, D::luma(m.red, m.green, m.blue));
-    return static_cast<RK_Channel<P>>(inverted ? D::inv(value) : value);
-}
-
-template <class P, bool luma, bool inverted>
-void computeRow(const P* mask, int32_t count, P* row) {
-    for (int32_t x = 0; x < count; ++x) row[x].alpha = matteValue<P, luma, inverted>(mask[x]);
-}
-
-}  // namespace
+#include "RK/indep/composite/RKp_MatteValue.h"
 
 template <class P>
 const P* RK_MatteRow(const RK_Mask& mask, int32_t y, int32_t left, int32_t count, P* matte_row) {
@@ -38,7 +15,7 @@ const P* RK_MatteRow(const RK_Mask& mask, int32_t y, int32_t left, int32_t count
     const auto full = RKp_Depth<P>::kFull;
     if (mask_row < 0 || mask_row >= RKp_UsableHeight(mask.world)) {
         // Kept: a row outside shows everything, for plain luma too, though columns outside do not.
-        fillAlpha(matte_row, 0, count, full);
+        RKp_FillAlphas(matte_row, 0, count, full);
         return matte_row;
     }
 
@@ -47,22 +24,12 @@ const P* RK_MatteRow(const RK_Mask& mask, int32_t y, int32_t left, int32_t count
     const int32_t end =
         static_cast<int32_t>(std::clamp(RKp_UsableWidth(mask.world) - first, int64_t{begin}, room));
     const auto outside = kind == RK_kMaskLuma ? decltype(full){0} : full;
-    fillAlpha(matte_row, 0, begin, outside);
+    RKp_FillAlphas(matte_row, 0, begin, outside);
     if (begin < end) {
         const P* inside = RKp_PixelAt<const P>(mask.world, first + begin, mask_row);
-        switch (kind) {
-            case RK_kMaskInvertedAlpha:
-                computeRow<P, false, true>(inside, end - begin, matte_row + begin);
-                break;
-            case RK_kMaskLuma:
-                computeRow<P, true, false>(inside, end - begin, matte_row + begin);
-                break;
-            default:
-                computeRow<P, true, true>(inside, end - begin, matte_row + begin);
-                break;
-        }
+        RKp_MatteAlphas(kind, inside, end - begin, matte_row + begin);
     }
-    fillAlpha(matte_row, end, count, outside);
+    RKp_FillAlphas(matte_row, end, count, outside);
     return matte_row;
 }
 

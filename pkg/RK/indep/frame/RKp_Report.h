@@ -14,6 +14,7 @@ constexpr uint32_t RKp_kSiteIterate = 14;
 constexpr uint32_t RKp_kSiteCopyDraft = 48;
 constexpr uint32_t RKp_kSiteCopyStraight = 49;
 constexpr uint32_t RKp_kSiteCopyPremul = 50;
+constexpr uint32_t RKp_kSiteUno = 55;
 constexpr uint32_t RKp_kSiteIterateGeneric = 70;
 constexpr uint32_t RKp_kSiteIterateOrigin = 82;
 

@@ -94,4 +94,22 @@ using RKp_Sampler4Func = RK_Long(void* ref, const int32_t xy[8], const RK_SampPB
 using RKp_SamplerTranslate4Func = RK_Long(void* ref, const int32_t xy[8], const double weights[16],
                                           const RK_SampPB* pb, RK_Pixel8 out[4]);
 
+// The alpha of pixels multiplied by a mask's samples from column `first` up to `last`; before `first` it becomes 0.
+template <class M, class P>
+using RKp_MaskMergeFunc = RK_Long(void* reference, RK_Long first, RK_Long last, const M* mask_row, P* pixel_row);
+using RKp_MaskMerge8To8Func = RKp_MaskMergeFunc<uint8_t, RK_Pixel8>;
+using RKp_MaskMerge8To16Func = RKp_MaskMergeFunc<uint8_t, RK_Pixel16>;
+using RKp_MaskMerge16To16Func = RKp_MaskMergeFunc<uint16_t, RK_Pixel16>;
+using RKp_MaskMerge16ToFloatFunc = RKp_MaskMergeFunc<uint16_t, RK_PixelFloat>;
+using RKp_MaskMerge8ToFloatFunc = RKp_MaskMergeFunc<uint8_t, RK_PixelFloat>;
+
+// Mask rows combined, as filter/RKp_UnoRows.h tells them.
+template <class S>
+using RKp_MaskAccumulateFunc = RK_Long(RKp_NoiseTable* noise, int32_t mode, RK_Long count, const S* src, S* dst);
+template <class S>
+using RKp_MaskAccumulateWeightedFunc = RK_Long(RKp_NoiseTable* noise, int32_t mode, int32_t limit, int32_t opacity,
+                                               RK_Long count, const S* src, S* dst);
+using RKp_MaskAdd8To16Func = RK_Long(int32_t opacity, RK_Long count, const uint8_t* src, uint16_t* dst);
+using RKp_MaskNarrow16To8Func = RK_Long(uint16_t divisor, RK_Long count, const uint16_t* src, uint8_t* dst);
+
 #endif
