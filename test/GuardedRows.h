@@ -32,8 +32,7 @@ class GuardedRows {
     bool take(RK_LayerDef& world, bool against_end) {
         const size_t used = static_cast<size_t>(world.width) * sizeof(P);
         if (world.height > kMostRows || used > page_) return false;
-        for (; open_ > world.height; --open_) protect(open_ - 1, PROT_NONE);
-        for (; open_ < world.height; ++open_) protect(open_, PROT_READ | PROT_WRITE);
+        open(world.height);
         const ptrdiff_t pitch = static_cast<ptrdiff_t>(2 * page_);
         char* const first = row(0) + (against_end ? page_ - used : 0);
         for (int y = 0; y < world.height; ++y) {
@@ -48,8 +47,20 @@ class GuardedRows {
         return true;
     }
 
+    // Room for one row of `count` bytes instead, against one of its two pages; null when that is too many.
+    void* room(size_t count, bool against_end) {
+        if (count > page_) return nullptr;
+        open(1);
+        std::memset(row(0), 0x55, page_);
+        return row(0) + (against_end ? page_ - count : 0);
+    }
+
   private:
     size_t bytes() const { return (2 * kMostRows + 1) * page_; }
+    void open(int rows) {
+        for (; open_ > rows; --open_) protect(open_ - 1, PROT_NONE);
+        for (; open_ < rows; ++open_) protect(open_, PROT_READ | PROT_WRITE);
+    }
     void protect(int y, int how) {
         if (mprotect(row(y), page_, how) != 0) throw std::bad_alloc();
     }

@@ -7,6 +7,7 @@
 #include "RK/indep/passes/RK_Premul.h"
 #include "RK/indep/world/RK_World.h"
 #include "test/Reports.h"
+#include "test/SlotOverride.h"
 #include "test/passes/Scans.h"
 #include "test/world/OddWorld.h"
 
@@ -23,20 +24,6 @@ P made(double a, double r, double g, double b) {
     using C = decltype(P::alpha);
     return {static_cast<C>(a), static_cast<C>(r), static_cast<C>(g), static_cast<C>(b)};
 }
-
-// Puts a function in a slot for as long as it lives.
-class Override {
-  public:
-    template <class Function>
-    Override(int index, Function* function) : index_(index), held_(RKp_G_OverFuncs[index]) {
-        RKp_G_OverFuncs[index] = reinterpret_cast<void*>(function);
-    }
-    ~Override() { RKp_G_OverFuncs[index_] = held_; }
-
-  private:
-    int index_;
-    void* held_;
-};
 
 // ---- Against black --------------------------------------------------------------------------------------
 
@@ -150,12 +137,12 @@ TYPED_TEST(PremulDepth, TheScanIsReadFromItsSlotAndItsResultStopsTheRows) {
     test::Picture<TypeParam> picture(7, 5);
     RK_LayerDef world = picture.record();
     {
-        Override forward(first, spy);
+        test::SlotOverride forward(first, spy);
         EXPECT_EQ(99, RK_Premul(nullptr, 1, &world));
         EXPECT_EQ(3, calls);
     }
     calls = 10;
-    Override backward(first + 1, spy);
+    test::SlotOverride backward(first + 1, spy);
     EXPECT_EQ(0, RK_Premul(nullptr, 0, &world));
     EXPECT_EQ(15, calls);
 }
@@ -171,7 +158,7 @@ TEST_F(Premul, BothEntriesGoThroughSlot52) {
         return forward * 10 + (r == &rect);
     };
     EXPECT_EQ(reinterpret_cast<void*>(RK_PremulRect_S), RKp_G_OverFuncs[52]);
-    Override held(52, spy);
+    test::SlotOverride held(52, spy);
     EXPECT_EQ(40, RK_Premul(&effect, 4, &world));
     EXPECT_EQ(51, RK_PremulRect(&effect, 5, &rect, &world));
 }
@@ -456,7 +443,7 @@ TEST_F(Premul, ThePassRunsThroughTheIterateSlotOnceForEachRow) {
     test::Picture<RK_Pixel8> picture(9, 7);
     RK_LayerDef world = picture.record();
     const GEO_Rect rect = {1, 2, 4, 8};
-    Override held(42, spy);
+    test::SlotOverride held(42, spy);
     RK_EffectData effect = {};
     EXPECT_EQ(55, RK_PremulColorRect(&effect, &world, nullptr, 1, &rect, &world));
     EXPECT_EQ(1, calls);

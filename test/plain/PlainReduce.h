@@ -123,18 +123,17 @@ P pairMean(const P& first, const P& second) {
     return {static_cast<C>(alpha), mix(first.red, second.red), mix(first.green, second.green),
             mix(first.blue, second.blue)};
 }
+// Into `out`, of any size; the box leaves those alone that have no pair and are no kept last pixel.
 template <class P>
-std::vector<P> halfLine(const std::vector<P>& line, bool keep_odd, bool gauss) {
+void halfLine(const std::vector<P>& line, bool keep_odd, bool gauss, std::vector<P>& out) {
     using C = typename DepthOf<P>::D::Channel;
-    const size_t count = (line.size() + (keep_odd ? 1 : 0)) / 2;
-    std::vector<P> out;
-    for (size_t i = 0; i < count; ++i) {
+    for (size_t i = 0; i < out.size(); ++i) {
         if (!gauss) {
             if (2 * i + 1 < line.size()) {
-                out.push_back(pairMean(line[2 * i], line[2 * i + 1]));
-            } else {
-                out.push_back(line[2 * i]);
-                out.back().alpha = static_cast<C>(out.back().alpha >> 1);
+                out[i] = pairMean(line[2 * i], line[2 * i + 1]);
+            } else if (keep_odd && 2 * i + 1 == line.size()) {
+                out[i] = line[2 * i];
+                out[i].alpha = static_cast<C>(out[i].alpha >> 1);
             }
             continue;
         }
@@ -152,11 +151,10 @@ std::vector<P> halfLine(const std::vector<P>& line, bool keep_odd, bool gauss) {
         }
         const float inverse = 1.0f / A;
         const auto rounded_up = [](float v) { return static_cast<C>(v + 0.5f); };
-        out.push_back(A == 0 ? P{}
-                             : P{rounded_up(A), rounded_up(R * inverse), rounded_up(G * inverse),
-                                 rounded_up(B * inverse)});
+        out[i] = A == 0 ? P{}
+                        : P{rounded_up(A), rounded_up(R * inverse), rounded_up(G * inverse),
+                            rounded_up(B * inverse)};
     }
-    return out;
 }
 // Rows of pixels.
 template <class P>
@@ -168,19 +166,24 @@ Rows<P> turned(const Rows<P>& rows) {
         for (size_t x = 0; x < row.size(); ++x) out[x].push_back(row[x]);
     return out;
 }
-// Not for a result without pixels.
+// Into `out`, of any size with pixels; what stands between the passes starts clear.
 template <class P>
-Rows<P> halved(Rows<P> rows, bool keep_odd, bool gauss) {
-    const size_t w = rows[0].size(), h = rows.size();
-    const size_t W = (w + (keep_odd ? 1 : 0)) / 2, H = (h + (keep_odd ? 1 : 0)) / 2;
+void halve(const Rows<P>& rows, bool keep_odd, bool gauss, Rows<P>& out) {
+    const size_t w = rows[0].size(), h = rows.size(), W = out[0].size(), H = out.size();
     const bool vertical_first = h * W > w * H;
-    for (int pass = 0; pass < 2; ++pass) {
-        const bool vertical = vertical_first == (pass == 0);
-        if (vertical) rows = turned(rows);
-        for (auto& row : rows) row = halfLine(row, keep_odd, gauss);
-        if (vertical) rows = turned(rows);
+    const auto pass = [&](const Rows<P>& from, Rows<P>& to) {
+        for (size_t y = 0; y < from.size(); ++y) halfLine(from[y], keep_odd, gauss, to[y]);
+    };
+    if (vertical_first) {
+        Rows<P> half(w, std::vector<P>(H));
+        pass(turned(rows), half);
+        pass(turned(half), out);
+    } else {
+        Rows<P> half(h, std::vector<P>(W)), columns = turned(out);
+        pass(rows, half);
+        pass(turned(half), columns);
+        out = turned(columns);
     }
-    return rows;
 }
 
 // ---- Behind scans ---------------------------------------------------------------------------------------

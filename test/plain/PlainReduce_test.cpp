@@ -75,34 +75,73 @@ TEST(TablesAgainstPlain, CellsAndBoxesOf16Bits) { tableMany<RK_Pixel16, RK_Pixel
 TEST(TablesAgainstPlain, CellsAndBoxesOfFloat) { tableMany<RK_PixelFloat, RK_PixelDouble>(); }
 
 template <class P>
+plain::Rows<P> rowsOf(const RK_LayerDef& world) {
+    plain::Rows<P> rows(static_cast<size_t>(world.height));
+    for (size_t y = 0; y < rows.size(); ++y)
+        for (int x = 0; x < world.width; ++x) rows[y].push_back(plain::at<P>(world, x, static_cast<int>(y)));
+    return rows;
+}
+template <class P>
+testing::AssertionResult sameRows(const plain::Rows<P>& rows, const RK_LayerDef& got) {
+    if (got.height != static_cast<int>(rows.size()) || got.width != static_cast<int>(rows[0].size()))
+        return testing::AssertionFailure() << "a result of " << got.width << " by " << got.height;
+    for (int y = 0; y < got.height; ++y) {
+        const P* const expected = rows[static_cast<size_t>(y)].data();
+        const int x = test::firstDifference(expected, &plain::at<P>(got, 0, y), got.width);
+        if (x >= 0)
+            return testing::AssertionFailure()
+                   << "at " << x << ", " << y << " expected " << test::show(expected[x]) << ", got "
+                   << test::show(plain::at<P>(got, x, y));
+    }
+    return testing::AssertionSuccess();
+}
+
+template <class P>
 void halveMany(bool gauss) {
     test::Random r(sizeof(P) + (gauss ? 1 : 0));
     test::GuardedRows guarded;
     const int count = test::amount(6000);
     for (int i = 0; i < count; ++i) {
-        const int width = side(r) + 1, height = side(r) + 1;
+        const bool keep_odd = r.below(2) == 0;
+        const int width = side(r) + (keep_odd ? 0 : 1), height = side(r) + (keep_odd ? 0 : 1);
         World<P> world = test::sampleWorld<P>(r, width, height);
         test::guardSome(r, guarded, world);
-        const bool keep_odd = r.below(2) == 0;
-        plain::Rows<P> rows;
-        for (int y = 0; y < height; ++y) {
-            rows.emplace_back();
-            for (int x = 0; x < width; ++x) rows.back().push_back(plain::at<P>(world.record, x, y));
-        }
-        rows = plain::halved(rows, keep_odd, gauss);
+        const size_t half_width = static_cast<size_t>(width + keep_odd) / 2;
+        plain::Rows<P> rows(static_cast<size_t>(height + keep_odd) / 2, std::vector<P>(half_width));
+        plain::halve(rowsOf<P>(world.record), keep_odd, gauss, rows);
         RK_LayerDef record = world.record;
         const std::unique_ptr<RK_World> object(RK_World::NewReference(&record));
         const RK_World* made = nullptr;
         (gauss ? RK_NewGaussFilteredDecimateByTwo : RK_NewBoxFilteredDecimateByTwo)(object.get(), keep_odd,
                                                                                     &made);
         const std::unique_ptr<const RK_World> got(made);
-        ASSERT_EQ(got->record.height, static_cast<int>(rows.size()));
-        ASSERT_EQ(got->record.width, static_cast<int>(rows[0].size()));
-        for (int y = 0; y < got->record.height; ++y)
-            ASSERT_EQ(test::firstDifference(rows[static_cast<size_t>(y)].data(),
-                                            &plain::at<P>(got->record, 0, y), got->record.width),
-                      -1)
-                << "row " << y << " of " << width << " by " << height << (keep_odd ? ", odd kept" : "");
+        ASSERT_TRUE(sameRows(rows, got->record))
+            << width << " by " << height << (keep_odd ? ", odd kept" : "");
+    }
+}
+// Destinations of any size, smaller and larger than the half.
+template <class P>
+void halveIntoMany(bool gauss) {
+    test::Random r(sizeof(P) + (gauss ? 3 : 2));
+    test::GuardedRows src_rows, dst_rows;
+    const int count = test::amount(4000);
+    for (int i = 0; i < count; ++i) {
+        const int width = side(r), height = side(r);
+        World<P> src = test::sampleWorld<P>(r, width, height), dst(r, side(r), side(r));
+        test::guardSome(r, src_rows, src);
+        test::guardSome(r, dst_rows, dst);
+        const bool keep_odd = r.below(2) == 0;
+        plain::Rows<P> rows = rowsOf<P>(dst.record);
+        plain::halve(rowsOf<P>(src.record), keep_odd, gauss, rows);
+        RK_LayerDef src_record = src.record, dst_record = dst.record;
+        const std::unique_ptr<RK_World> src_object(RK_World::NewReference(&src_record));
+        const std::unique_ptr<RK_World> dst_object(RK_World::NewReference(&dst_record));
+        (gauss ? RK_GaussFilteredDecimateByTwo : RK_BoxFilteredDecimateByTwo)(src_object.get(), keep_odd,
+                                                                              dst_object.get());
+        ASSERT_TRUE(sameRows(rows, dst.record))
+            << width << " by " << height << (keep_odd ? ", odd kept" : "") << ", into " << dst.record.width
+            << " by " << dst.record.height;
+        ASSERT_TRUE(dst.picture.guardsWhole());
     }
 }
 TEST(DecimationAgainstPlain, Box) {
@@ -112,6 +151,14 @@ TEST(DecimationAgainstPlain, Box) {
 TEST(DecimationAgainstPlain, Gaussian) {
     halveMany<RK_Pixel8>(true);
     halveMany<RK_Pixel16>(true);
+}
+TEST(DecimationAgainstPlain, BoxIntoOtherSizes) {
+    halveIntoMany<RK_Pixel8>(false);
+    halveIntoMany<RK_Pixel16>(false);
+}
+TEST(DecimationAgainstPlain, GaussianIntoOtherSizes) {
+    halveIntoMany<RK_Pixel8>(true);
+    halveIntoMany<RK_Pixel16>(true);
 }
 
 enum class Reads { kNearest, kBilinear, kArea };

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "RK/indep/frame/RKp_OverFuncs.h"
 #include "RK/indep/world/RK_World.h"
 #include "refhost/RefHost.h"
 #include "test/plain/PlainTransform.h"
@@ -46,9 +47,19 @@ Placement placementOf(test::Random& r, const RK_LayerDef& src, const RK_LayerDef
     if (r.below(24) == 0) (r.below(2) == 0 ? p.sx : p.sy) = 0;
     return p;
 }
+// What no placement has: numbers of no size, of any size, and none.
+void spoil(test::Random& r, GEO_Matrix3& m) {
+    static const double wild[] = {0,     -0.0,   1e-9, 1e-300, 1e9,  -1e9,     1e300,
+                                  0.003, -200.0, 2e4,  -4e4,   1e-5, INFINITY, std::nan("")};
+    for (uint32_t i = r.below(3) + 1; i > 0; --i) m.m[r.below(3)][r.below(3)] = wild[r.below(14)];
+}
 // At rest, moving evenly, turning, growing, or staying where it is.
 std::vector<GEO_Matrix3> seriesOf(test::Random& r, const Placement& from, bool moves) {
-    if (!moves) return std::vector<GEO_Matrix3>(1, from.matrix());
+    if (!moves) {
+        std::vector<GEO_Matrix3> v(1, from.matrix());
+        if (r.below(10) == 0) spoil(r, v[0]);
+        return v;
+    }
     Placement step{amountOf(r, 3), amountOf(r, 3), 0, 0, 0, 0, 0, 0};
     const uint32_t kind = r.below(5);
     if (kind == 1) step.degrees = amountOf(r, 10);
@@ -63,6 +74,12 @@ std::vector<GEO_Matrix3> seriesOf(test::Random& r, const Placement& from, bool m
         p.x += step.x * (kind == 0 ? i : 1), p.y += step.y;
         p.degrees += step.degrees, p.sx += step.sx, p.sy += step.sy;
     }
+    // A pose between the ends that cannot be turned back.
+    if (count > 2 && r.below(12) == 0) {
+        GEO_Matrix3& m = v[1 + r.below(count - 2)];
+        m.m[0][0] = m.m[0][1] = m.m[0][2] = 0;
+    }
+    if (r.below(12) == 0) spoil(r, v[r.below(count)]);
     return v;
 }
 
@@ -74,17 +91,23 @@ RK_CompositeMode modeOf(test::Random& r, int xfer) {
 }
 
 struct Guards {
-    test::GuardedRows src, dst, mask;
+    test::GuardedRows src, dst, mask, alpha_save, matte_row, row_work;
+    // A caller's own, of exactly the rows that a destination of this width needs.
+    template <class P>
+    RK_BlendScratch scratch(int width, bool against_end) {
+        const size_t row = static_cast<size_t>(width) * sizeof(P);
+        return {alpha_save.room(row / 4, against_end), matte_row.room(row, against_end),
+                row_work.room(row, against_end), RK_MotionBlurScratch{}};
+    }
 };
 
 template <class P>
 void transformOne(test::Random& r, Guards& guards, bool moves, int xfer) {
     const int width = side(r), height = side(r);
-    World<P> src = test::sampleWorld<P>(r, width, height), mask_world(r, side(r), side(r));
-    const World<P> dst(r, side(r), side(r));
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            if (sizeof(P) == 16) plain::at<P>(src.record, x, y) = test::pixel<P>(r);
+    // At float now and then with infinities and what is no number.
+    const bool wild = r.below(4) == 0;
+    World<P> src = test::sampleWorld<P>(r, width, height), mask_world(r, side(r), side(r), wild);
+    const World<P> dst(r, side(r), side(r), wild);
     test::guardSome(r, guards.src, src);
     test::guardSome(r, guards.mask, mask_world);
     RK_Mask mask{mask_world.record, about(r, dst.record.height), about(r, dst.record.width), r.below(4)};
@@ -99,7 +122,8 @@ void transformOne(test::Random& r, Guards& guards, bool moves, int xfer) {
 
     World<P> expected(dst), got(dst);
     test::guardSome(r, guards.dst, got);
-    Calls expected_calls{{}, r.below(8) == 0 ? 1 : 0}, got_calls = expected_calls;
+    Calls expected_calls{{}, r.below(4) == 0 ? 1 + static_cast<int>(r.below(6)) : 0},
+        got_calls = expected_calls;
     RK_ProgressInfo expected_progress{&expected_calls, nullptr, Calls::progress};
     RK_ProgressInfo got_progress{&got_calls, nullptr, Calls::progress};
     const plain::TransformCall call{&expected_progress,
@@ -119,16 +143,27 @@ void transformOne(test::Random& r, Guards& guards, bool moves, int xfer) {
     const std::unique_ptr<RK_World> mask_object(RK_World::NewReference(&mask_record));
     const std::unique_ptr<RK_World> dst_object(RK_World::NewReference(&got.record));
     const RK_TransformMask product_mask{mask_object.get(), mask.mask_y, mask.mask_x, mask.mask_kind};
-    const RK_Long error =
-        RK_TransformWorld(&got_progress, best ? RK_kBest : RK_kDraft, 0, field, src_object.get(), &call.mode,
-                          nullptr, has_mask ? &product_mask : nullptr, matrices.data(),
-                          static_cast<RK_Long>(matrices.size()), src2dst, call.dest_rect, dst_object.get());
+    const RK_TransformMask* const mask_argument = has_mask ? &product_mask : nullptr;
+    const RK_Long quality = best ? RK_kBest : RK_kDraft, count = static_cast<RK_Long>(matrices.size());
+    const bool own_scratch = r.below(3) == 0;
+    RK_Long error;
+    if (own_scratch) {
+        RK_BlendScratch scratch = guards.scratch<P>(got.record.width, r.below(2) == 0);
+        error = RK_TransformWorldPlus(&got_progress, quality, 0, field, src_object.get(), &call.mode, nullptr,
+                                      mask_argument, &scratch, matrices.data(), count, src2dst,
+                                      call.dest_rect, dst_object.get());
+    } else {
+        error = RK_TransformWorld(&got_progress, quality, 0, field, src_object.get(), &call.mode, nullptr,
+                                  mask_argument, matrices.data(), count, src2dst, call.dest_rect,
+                                  dst_object.get());
+    }
     const std::string wrong = test::difference(dst, expected, got);
     if (wrong.empty() && error == expected_error && got_calls.made == expected_calls.made) return;
     std::ostringstream told;
     told << test::modeName(xfer) << (best ? ", best" : ", draft") << ", field " << field << ", opacity "
          << int{call.mode.opacity} << (call.mode.rgb_only ? ", rgb_only" : "") << (src2dst ? ", src2dst" : "")
-         << "\n  source " << width << " by " << height << ", " << (has_rect ? test::show(rect) : "whole");
+         << (own_scratch ? ", own scratch" : "") << "\n  source " << width << " by " << height << ", "
+         << (has_rect ? test::show(rect) : "whole");
     if (has_mask)
         told << "\n  mask " << mask.world.width << " by " << mask.world.height << " at " << mask.mask_x
              << ", " << mask.mask_y << ", kind " << mask.mask_kind;
@@ -158,5 +193,70 @@ TEST(TransformsAgainstPlain, AtRestAtFloat) { transformMany<RK_PixelFloat>(false
 TEST(TransformsAgainstPlain, InMotionAt8Bits) { transformMany<RK_Pixel8>(true); }
 TEST(TransformsAgainstPlain, InMotionAt16Bits) { transformMany<RK_Pixel16>(true); }
 TEST(TransformsAgainstPlain, InMotionAtFloat) { transformMany<RK_PixelFloat>(true); }
+
+// ---- What a replaced body is told -----------------------------------------------------------------------
+
+struct Told {
+    bool called;
+    GEO_Rect rect;
+    const GEO_Matrix3* matrices;
+};
+Told g_told;
+RK_Long tell(RK_ProgressInfo*, RK_Long, RK_Long, RK_Long, const RK_World*, const RK_CompositeMode*,
+             const RK_LinearBlendingTables*, const RK_TransformMask*, const GEO_Matrix3* matrices, RK_Long,
+             uint8_t, const GEO_Rect* rect, RK_World*) {
+    g_told = {true, *rect, matrices};
+    return 7001;
+}
+
+TEST(TransformsAgainstPlain, AReplacedBodyIsGivenTheAffectedRectangle) {
+    void* const before = RKp_G_OverFuncs[32];
+    RK_SetOverrideFunc(32, reinterpret_cast<void*>(&tell));
+    test::Random r(17);
+    const int count = test::amount(20000);
+    for (int i = 0; i < count && !HasFailure(); ++i) {
+        RK_LayerDef src{}, dst{}, mask_record{};
+        for (RK_LayerDef* world : {&src, &dst, &mask_record}) {
+            world->data = &src;  // not read
+            world->width = side(r);
+            world->height = side(r);
+            world->rowbytes = world->width * 4;
+        }
+        RK_Mask mask{mask_record, about(r, dst.height), about(r, dst.width), r.below(4)};
+        const bool has_mask = r.below(2) == 0, has_rect = r.below(2) == 0, src2dst = r.below(2) == 0;
+        const GEO_Rect rect = randomRect(r, dst.width, dst.height);
+        std::vector<GEO_Matrix3> matrices = seriesOf(r, placementOf(r, src, dst), r.below(2) == 0);
+        if (!src2dst)
+            for (GEO_Matrix3& m : matrices) GEO_InverseMatrixQuiet(&m, &m);
+        const RK_CompositeMode mode{r.below(6) == 0 ? RK_Xfer_StencilLuma : RK_Xfer_Over, 0, 255, 0, 32768};
+        const plain::TransformCall call{nullptr,  true,    0,
+                                        &src,     mode,    has_mask ? &mask : nullptr,
+                                        matrices, src2dst, has_rect ? &rect : nullptr,
+                                        true};
+        plain::Edges wanted;
+        const bool called = plain::affected(call, dst, wanted);
+
+        const std::unique_ptr<RK_World> src_object(RK_World::NewReference(&src));
+        const std::unique_ptr<RK_World> dst_object(RK_World::NewReference(&dst));
+        const std::unique_ptr<RK_World> mask_object(RK_World::NewReference(&mask_record));
+        const RK_TransformMask product_mask{mask_object.get(), mask.mask_y, mask.mask_x, mask.mask_kind};
+        g_told = {};
+        EXPECT_EQ(RK_TransformWorld(nullptr, 1, 0, 0, src_object.get(), &mode, nullptr,
+                                    has_mask ? &product_mask : nullptr, matrices.data(),
+                                    static_cast<RK_Long>(matrices.size()), src2dst, call.dest_rect,
+                                    dst_object.get()),
+                  called ? 7001 : 0);
+        EXPECT_EQ(g_told.called, called);
+        if (!called) continue;
+        EXPECT_EQ(g_told.matrices, matrices.data());
+        const plain::Edges got{g_told.rect.left, g_told.rect.top, g_told.rect.right, g_told.rect.bottom};
+        if (wanted.empty() && got.empty()) continue;
+        EXPECT_TRUE(got.left == wanted.left && got.top == wanted.top && got.right == wanted.right &&
+                    got.bottom == wanted.bottom)
+            << test::show(g_told.rect) << "\n  expected top " << wanted.top << ", left " << wanted.left
+            << ", bottom " << wanted.bottom << ", right " << wanted.right;
+    }
+    RK_SetOverrideFunc(32, before);
+}
 
 }  // namespace

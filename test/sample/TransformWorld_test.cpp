@@ -2,122 +2,34 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <memory>
-#include <vector>
+#include <algorithm>
 
 #include "RK/indep/frame/RKp_OverFuncs.h"
-#include "RK/indep/world/RK_WorldXT.h"
 #include "refhost/RefHost.h"
-#include "test/Pixels.h"
 #include "test/Reports.h"
+#include "test/SlotOverride.h"
+#include "test/sample/TransformTest.h"
 
 namespace {
 
-const GEO_Matrix3 kIdentity = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-GEO_Matrix3 translation(double x, double y) { return {{{1, 0, 0}, {0, 1, 0}, {x, y, 1}}}; }
-GEO_Matrix3 scaling(double x, double y) { return {{{x, 0, 0}, {0, y, 0}, {0, 0, 1}}}; }
-GEO_Matrix3 rotation(double degrees, double cx, double cy) {
-    const double a = degrees * 3.14159265358979323846 / 180, c = std::cos(a), s = std::sin(a);
-    return {{{c, s, 0}, {-s, c, 0}, {cx - cx * c + cy * s, cy - cx * s - cy * c, 1}}};
-}
+using test::kIdentity;
+using test::modeOf;
+using test::rotation;
+using test::scaling;
+using test::translation;
 
 template <class P>
-RK_Channel<P> full() {
-    return static_cast<RK_Channel<P>>(RKp_Depth<P>::kFull);
-}
-template <class P>
-RK_CompositeMode modeOf(int32_t xfer) {
-    return {xfer, 7, 255, 0, 32768};
-}
-
-template <class P>
-class Transform : public testing::Test {
-  protected:
-    using World = RK_WorldX<P>;
-    Transform() : src(20, 14, 0), dst(24, 18, 0) {
-        randomise(src, 1);
-        randomise(dst, 2);
-    }
-    static void randomise(World& w, uint32_t seed) {
-        test::Random r(seed);
-        for (int32_t y = 0; y < w.height(); ++y)
-            for (int32_t x = 0; x < w.width(); ++x) w.row(y)[x] = test::pixel<P>(r);
-    }
-    static std::unique_ptr<World> copyOf(const World& w) {
-        auto out = std::make_unique<World>(w.width(), w.height(), 0);
-        for (int32_t y = 0; y < w.height(); ++y)
-            std::memcpy(static_cast<void*>(out->row(y)), w.row(y), static_cast<size_t>(w.width()) * sizeof(P));
-        return out;
-    }
-    static testing::AssertionResult same(const World& a, const World& b) {
-        for (int32_t y = 0; y < a.height(); ++y)
-            for (int32_t x = 0; x < a.width(); ++x)
-                if (!test::sameBytes(a.row(y)[x], b.row(y)[x]))
-                    return testing::AssertionFailure() << "differ at " << x << ", " << y;
-        return testing::AssertionSuccess();
-    }
-    RK_Long draw(const std::vector<GEO_Matrix3>& m, World& to, int32_t xfer = RK_Xfer_Over, RK_Long quality = RK_kBest,
-                 RK_Long field = 0, const RK_TransformMask* mask = nullptr, const GEO_Rect* rect = nullptr) {
-        const RK_CompositeMode mode = modeOf<P>(xfer);
-        return RK_TransformWorld(progress, quality, 0, field, &src, &mode, nullptr, mask, m.data(),
-                                 static_cast<RK_Long>(m.size()), 1, rect, &to);
-    }
-    World src, dst;
-    RK_ProgressInfo* progress = nullptr;
-};
+class Transform : public test::TransformTest<P> {};
 using Depths = testing::Types<RK_Pixel8, RK_Pixel16, RK_PixelFloat>;
 TYPED_TEST_SUITE(Transform, Depths, );
-
-TYPED_TEST(Transform, AnIdentityIsACopyUnderCopyMode) {
-    ASSERT_EQ(0, this->draw({kIdentity}, this->dst, RK_Xfer_Copy));
-    for (int32_t y = 0; y < 14; ++y)
-        for (int32_t x = 0; x < 20; ++x) ASSERT_TRUE(test::sameBytes(this->src.row(y)[x], this->dst.row(y)[x]));
-}
-
-TYPED_TEST(Transform, AWholePixelTranslationEqualsTransferRectInEveryMode) {
-    for (int32_t xfer = RK_kFirstMode; xfer <= RK_kLastMode; ++xfer) {
-        if (xfer == RK_Xfer_None) continue;
-        const auto wanted = this->copyOf(this->dst), got = this->copyOf(this->dst);
-        RK_CompositeModePlus mode(modeOf<TypeParam>(xfer));
-        const RK_Long told = RK_TransferRect(nullptr, nullptr, nullptr, 0, nullptr, &this->src.record, &mode, nullptr,
-                                             nullptr, 6, -3, &wanted->record);
-        ASSERT_EQ(told, this->draw({translation(6, -3)}, *got, xfer));
-        ASSERT_TRUE(this->same(*wanted, *got)) << "mode " << xfer;
-    }
-}
 
 TYPED_TEST(Transform, ADraftTranslationWithAFractionIsATransferToo) {
     const auto wanted = this->copyOf(this->dst), got = this->copyOf(this->dst);
     RK_CompositeModePlus mode(modeOf<TypeParam>(RK_Xfer_Over));
-    ASSERT_EQ(0, RK_TransferRect(nullptr, nullptr, nullptr, 0, nullptr, &this->src.record, &mode, nullptr, nullptr, 3, 1,
-                                 &wanted->record));
+    ASSERT_EQ(0, RK_TransferRect(nullptr, nullptr, nullptr, 0, nullptr, &this->src.record, &mode, nullptr,
+                                 nullptr, 3, 1, &wanted->record));
     ASSERT_EQ(0, this->draw({translation(2.6, 1.4)}, *got, RK_Xfer_Over, RK_kDraft));
     EXPECT_TRUE(this->same(*wanted, *got));
-}
-
-TYPED_TEST(Transform, AQuarterTurnMovesPixelsExactlyInside) {
-    typename TestFixture::World square(16, 16, RK_kWorldClear), turned(16, 16, RK_kWorldClear);
-    this->randomise(square, 5);
-    const RK_CompositeMode mode = modeOf<TypeParam>(RK_Xfer_Copy);
-    const GEO_Matrix3 quarter = {{{0, 1, 0}, {-1, 0, 0}, {16, 0, 1}}};
-    ASSERT_EQ(0, RK_TransformWorld(nullptr, RK_kBest, 0, 0, &square, &mode, nullptr, nullptr, &quarter, 1, 1, nullptr,
-                                   &turned));
-    for (int32_t y = 0; y < 16; ++y)
-        for (int32_t x = 0; x < 16; ++x) {
-            const TypeParam &wanted = square.row(15 - x)[y], &got = turned.row(y)[x];
-            if (double(wanted.alpha) < 1e-6) continue;
-            ASSERT_TRUE((test::sameBytes(wanted, got) || std::is_same_v<TypeParam, RK_PixelFloat>)) << x << ", " << y;
-            ASSERT_NEAR(double(wanted.red), double(got.red), 1e-6);
-        }
-}
-
-TYPED_TEST(Transform, ASeriesOfEqualMatricesEqualsTheStillPicture) {
-    const GEO_Matrix3 m = rotation(17, 9, 6);
-    const auto still = this->copyOf(this->dst), series = this->copyOf(this->dst);
-    ASSERT_EQ(0, this->draw({m}, *still));
-    ASSERT_EQ(0, this->draw({m, m, m, m}, *series));
-    EXPECT_TRUE(this->same(*still, *series));
 }
 
 TYPED_TEST(Transform, AMotionOfAFlatOpaquePictureKeepsItsColourInside) {
@@ -126,8 +38,8 @@ TYPED_TEST(Transform, AMotionOfAFlatOpaquePictureKeepsItsColourInside) {
     const TypeParam flat = this->src.row(0)[0];
     for (RK_Long quality : {RK_kDraft, RK_kBest}) {
         const auto got = this->copyOf(this->dst);
-        ASSERT_EQ(0, this->draw({translation(0.5, 0.25), translation(2.5, 1.25), translation(4.5, 2.25)}, *got, RK_Xfer_Over,
-                                quality));
+        ASSERT_EQ(0, this->draw({translation(0.5, 0.25), translation(2.5, 1.25), translation(4.5, 2.25)},
+                                *got, RK_Xfer_Over, quality));
         const TypeParam& p = got->row(8)[10];
         EXPECT_NEAR(double(flat.alpha), double(p.alpha), 1);
         EXPECT_NEAR(double(flat.red), double(p.red), 1);
@@ -178,7 +90,8 @@ TYPED_TEST(Transform, FieldsAreRowsOfTheDestination) {
         for (int32_t y = 0; y < 18; ++y) {
             const bool drawn = (y & 1) == (field == RK_kEvenField ? 0 : 1);
             const auto& wanted = drawn ? *whole : this->dst;
-            for (int32_t x = 0; x < 24; ++x) ASSERT_TRUE(test::sameBytes(wanted.row(y)[x], got->row(y)[x])) << y;
+            for (int32_t x = 0; x < 24; ++x)
+                ASSERT_TRUE(test::sameBytes(wanted.row(y)[x], got->row(y)[x])) << y;
         }
     }
 }
@@ -190,7 +103,8 @@ TYPED_TEST(Transform, AMaskLimitsTheDrawing) {
     for (RK_Long quality : {RK_kDraft, RK_kBest}) {
         const RK_TransformMask plain = {&mask, 6, 8, RK_kMaskAlpha};
         const auto whole = this->copyOf(this->dst), got = this->copyOf(this->dst);
-        // Positions count from the drawn rectangle's corner, so the whole is drawn in the mask's rectangle too.
+        // Positions count from the drawn rectangle's corner, so the whole is drawn in the mask's rectangle
+        // too.
         const GEO_Rect rect = {6, 8, 10, 13};
         ASSERT_EQ(0, this->draw({rotation(8, 9, 6)}, *whole, RK_Xfer_Over, quality, 0, nullptr, &rect));
         ASSERT_EQ(0, this->draw({rotation(8, 9, 6)}, *got, RK_Xfer_Over, quality, 0, &plain));
@@ -201,53 +115,6 @@ TYPED_TEST(Transform, AMaskLimitsTheDrawing) {
                 ASSERT_TRUE(test::sameBytes(w, g)) << x << ", " << y;
             }
     }
-}
-
-RK_Long countDown(void* refcon, RK_Long, RK_Long) { return --*static_cast<int*>(refcon) == 0 ? 517 : 0; }
-
-TYPED_TEST(Transform, AnAbortIsReturnedAtOnceAndFinishedRowsStay) {
-    const std::vector<GEO_Matrix3> series = {rotation(5, 9, 6), rotation(6, 9, 6)};
-    typename TestFixture::World tall(24, 70, 0);
-    int calls = 0;
-    for (int stop = 1;; ++stop) {
-        int left = stop;
-        RK_ProgressInfo info = {&left, nullptr, &countDown};
-        this->progress = &info;
-        const auto to = this->copyOf(tall);
-        const RK_Long result = this->draw({scaling(1, 5.1), scaling(1, 5.2)}, *to);
-        this->progress = nullptr;
-        if (left > 0) {
-            EXPECT_EQ(0, result);
-            break;
-        }
-        EXPECT_EQ(517, result);
-        ++calls;
-    }
-    EXPECT_GE(calls, 8);
-}
-
-TYPED_TEST(Transform, EveryAllocationThatFailsGives4AndLeaksNothing) {
-    const std::vector<GEO_Matrix3> linear = {translation(0.5, 0), translation(3.5, 0.5)};
-    const std::vector<GEO_Matrix3> general = {rotation(0, 9, 6), rotation(9, 9, 6)};
-    ASSERT_EQ(0, this->draw(linear, this->dst));  // the process-wide scratch is made
-    for (const auto& series : {linear, general}) {
-        const auto untouched = this->copyOf(this->dst);
-        for (int64_t n = 1;; ++n) {
-            const auto live = RefHost::Memory();
-            RefHost::FailAllocation(n);
-            const RK_Long result = this->draw(series, this->dst);
-            const bool reached = RefHost::AllocationsSince() >= n;
-            RefHost::FailAllocation(0);
-            EXPECT_EQ(live.blocks, RefHost::Memory().blocks);
-            if (!reached) {
-                EXPECT_EQ(0, result);
-                break;
-            }
-            EXPECT_EQ(4, result);
-            EXPECT_TRUE(this->same(*untouched, this->dst));
-        }
-    }
-    RefHost::TakeReports();
 }
 
 TYPED_TEST(Transform, PartsFarOutsideAndWildMatricesAreSafe) {
@@ -274,8 +141,8 @@ TEST(TransformWorld, BadArgumentsAreReportedAndGive3) {
     RK_WorldX<RK_Pixel8> a(4, 4, 0), b(4, 4, 0);
     RK_WorldX<RK_Pixel16> deep(4, 4, 0);
     const RK_CompositeMode mode = {RK_Xfer_Over, 0, 255, 0, 32768};
-    const auto call = [&](const RK_World* src, const RK_CompositeMode* m, const GEO_Matrix3* matrix, RK_Long count,
-                          RK_World* dst, const RK_TransformMask* mask = nullptr) {
+    const auto call = [&](const RK_World* src, const RK_CompositeMode* m, const GEO_Matrix3* matrix,
+                          RK_Long count, RK_World* dst, const RK_TransformMask* mask = nullptr) {
         return RK_TransformWorld(nullptr, 1, 0, 0, src, m, nullptr, mask, matrix, count, 1, nullptr, dst);
     };
     RefHost::TakeReports();
@@ -285,7 +152,8 @@ TEST(TransformWorld, BadArgumentsAreReportedAndGive3) {
     EXPECT_EQ(3, call(&a, &mode, &kIdentity, 1, nullptr));
     EXPECT_EQ(4u, RefHost::TakeReports().size());
     EXPECT_EQ(3, call(&a, &mode, &kIdentity, 1, &deep));
-    EXPECT_TRUE(test::onlyVerification("RK_TransformWorld requires src and dst worlds to have same bit depth"));
+    EXPECT_TRUE(
+        test::onlyVerification("RK_TransformWorld requires src and dst worlds to have same bit depth"));
     EXPECT_EQ(0, call(&a, &mode, &kIdentity, 0, &b));
     EXPECT_EQ(0, call(&a, &mode, nullptr, -1, &b));
     const RK_CompositeMode refused = {RK_Xfer_None, 0, 255, 0, 32768};
@@ -296,8 +164,8 @@ TEST(TransformWorld, BadArgumentsAreReportedAndGive3) {
 
 GEO_Rect g_passed;
 RK_Long recordRect(RK_ProgressInfo*, RK_Long, RK_Long, RK_Long, const RK_World*, const RK_CompositeMode*,
-                   const RK_LinearBlendingTables*, const RK_TransformMask*, const GEO_Matrix3*, RK_Long, uint8_t,
-                   const GEO_Rect* rect, RK_World*) {
+                   const RK_LinearBlendingTables*, const RK_TransformMask*, const GEO_Matrix3*, RK_Long,
+                   uint8_t, const GEO_Rect* rect, RK_World*) {
     g_passed = *rect;
     return 42;
 }
@@ -339,8 +207,10 @@ TYPED_TEST(Transform, AtRestEqualsTheSamplersPixelByPixel) {
         ASSERT_EQ(0, GEO_InverseMatrixQuiet(&m, &inverse));
         GEO_FloatRect box = {0, 0, 20, 14};
         GEO_TransformFloatRect(&m, &box, &box);
-        const int32_t left = std::max(0, GEO_RoundDouble(box.left) - 1), top = std::max(0, GEO_RoundDouble(box.top) - 1);
-        const int32_t right = std::min(24, GEO_RoundDouble(box.right) + 1), bottom = std::min(18, GEO_RoundDouble(box.bottom) + 1);
+        const int32_t left = std::max(0, GEO_RoundDouble(box.left) - 1),
+                      top = std::max(0, GEO_RoundDouble(box.top) - 1);
+        const int32_t right = std::min(24, GEO_RoundDouble(box.right) + 1),
+                      bottom = std::min(18, GEO_RoundDouble(box.bottom) + 1);
         GEO_Vector2T<double> corner = inverse.TransformPointAndDivide({left + 0.5, top + 0.5});
         const auto fixed = [](double v) { return GEO_RoundDouble(v * 65536); };
         const int32_t x0 = fixed(corner.x - 0.5), y0 = fixed(corner.y - 0.5);
@@ -352,8 +222,10 @@ TYPED_TEST(Transform, AtRestEqualsTheSamplersPixelByPixel) {
         const bool reduces = pb.x_radius > 0x8000 || pb.y_radius > 0x8000;
         for (int32_t y = top; y < bottom; ++y)
             for (int32_t x = left; x < right; ++x) {
-                const int32_t sx = x0 + (x - left) * fixed(inverse.m[0][0]) + (y - top) * fixed(inverse.m[1][0]);
-                const int32_t sy = y0 + (x - left) * fixed(inverse.m[0][1]) + (y - top) * fixed(inverse.m[1][1]);
+                const int32_t sx =
+                    x0 + (x - left) * fixed(inverse.m[0][0]) + (y - top) * fixed(inverse.m[1][0]);
+                const int32_t sy =
+                    y0 + (x - left) * fixed(inverse.m[0][1]) + (y - top) * fixed(inverse.m[1][1]);
                 TypeParam wanted;
                 (reduces ? samplers.area : samplers.clipped)(nullptr, sx, sy, &pb, &wanted);
                 const TypeParam& p = got->row(y)[x];

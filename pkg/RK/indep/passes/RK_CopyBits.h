@@ -8,8 +8,9 @@ template <class P>
 class RK_WorldX;
 
 // Common to the copies
-//   progress            Null for none; only the sampled copies ask it: its abort_func, before every 64th row that is
-//                       drawn, from the first on. A non-zero answer ends the copy and is the result.
+//   progress            Null for none; only the sampled copies and the one through a matrix ask it: its abort_func,
+//                       before every 64th row that is drawn, from the first on. A non-zero answer ends the copy and is
+//                       the result.
 //   src_rect, dst_rect  Null: the whole world. Empty or reversed ones, and ones outside their world, draw nothing.
 //   result              0; 3 with a report for null worlds or pixels, unknown depths, or depths that the copy does not
 //                       join. Nothing is drawn before these tests. Source and destination are distinct worlds.
@@ -66,7 +67,8 @@ RK_API RK_Long RK_CopyBits3_LO_Straight(RK_ProgressInfo* progress, const RK_Laye
 // For showing a world of any depth: fills `rect` of an 8-bit world with opaque pixels. Destination pixel (x, y) of the
 // rectangle shows source pixel origin + (x - left, y - top) * step, laid over a background that also shows where there
 // is no source: squares of 8 by 8 of the colours `even` and `odd` when `checkered`, else `even` alone. A step below 1
-// is a bad parameter. Throws nothing; 3 with a report for an unknown depth, null worlds or null pixels, 4 for memory.
+// is a bad parameter. Float pixels become 8-bit ones as the processor record says: with SSE2 each channel is held to
+// 0..255 and rounded to nearest, without it as everywhere. Throws nothing; 3 with a report for an unknown depth, null worlds or null pixels, 4 for memory.
 RK_API RK_Long RK_SpecialCasePixelBlit(const RK_World* src, const GEO_LPoint& origin, bool checkered,
                                        const GEO_LPoint& step, const RK_PixelFloat& even, const RK_PixelFloat& odd,
                                        const GEO_Rect& rect, RK_WorldX<RK_Pixel8>* dst);

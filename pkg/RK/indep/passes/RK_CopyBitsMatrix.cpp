@@ -42,11 +42,11 @@ RK_Long RK_CopyBits3_LO_Straight(RK_ProgressInfo* progress, const RK_LayerDef* s
     const int32_t depth = RKp_WorldDepth(src);
     if (depth != RKp_WorldDepth(dst))
         return RKp_VERIFICATION("RK_CopyBits3_LO_Straight requires src and dst worlds to have same bit depth");
-    RKp_CopyRect s, d;
-    if (!RKp_PrepareCopyRect(src_rect, *src, &s) || !RKp_PrepareCopyRect(dst_rect, *dst, &d)) return RK_kOK;
-    GEO_Matrix3 dst2src = *matrix;
-    if (src2dst != 0 && GEO_InverseMatrixQuiet(matrix, &dst2src) != 0) return RK_kOK;
-    return RKp_ForDepth(depth, RKp_kBadDepthText, [&](auto tag) {
+    return RKp_ForDepth(depth, RKp_kBadDepthText, [&](auto tag) -> RK_Long {
+        RKp_CopyRect s, d;
+        if (!RKp_PrepareCopyRect(src_rect, *src, &s) || !RKp_PrepareCopyRect(dst_rect, *dst, &d)) return RK_kOK;
+        GEO_Matrix3 dst2src = *matrix;
+        if (src2dst != 0 && GEO_InverseMatrixQuiet(matrix, &dst2src) != 0) return RK_kOK;
         return copyRows<typename decltype(tag)::Pixel>(progress, *src, cutToWorld(s.rect, *src), *dst,
                                                        cutToWorld(d.rect, *dst), dst2src);
     });

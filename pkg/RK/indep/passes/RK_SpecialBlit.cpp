@@ -1,5 +1,6 @@
 // Showing a world of any depth over a background.
 #include <algorithm>
+#include <cstring>
 
 #include "RK/indep/frame/RKp_Deferred.h"
 #include "RK/indep/frame/RKp_Depth.h"
@@ -32,7 +33,7 @@ struct Blit {
     RK_WorldX<RK_Pixel8>* dst;
     GEO_LRect rect;
     GEO_LPoint origin, step;  // of the cut rectangle
-    bool checkered;
+    bool checkered, sse2;
     RK_Pixel8 even, odd;
     const Columns* columns;
 
@@ -41,11 +42,31 @@ struct Blit {
     }
 };
 
+// A channel as the vector conversion rounds it: held to 0..255, to nearest, ties to even.
+uint8_t nearest(float x) {
+    const float v = x * 255.0f;
+    if (!(v > 0.0f)) return 0;
+    if (v >= 255.0f) return 255;
+    const float pushed = v + 8388608.0f;  // the fraction falls off
+    uint32_t bits;
+    std::memcpy(&bits, &pushed, sizeof bits);
+    return static_cast<uint8_t>(bits & 0xFF);
+}
+template <class P>
+RK_Pixel8 converted(const P& p, bool) {
+    return RKp_ConvertPixel<RK_Pixel8>(p);
+}
+// Kept: with SSE2 float pixels round otherwise, and their alpha is held too.
+RK_Pixel8 converted(const RK_PixelFloat& p, bool sse2) {
+    if (!sse2) return RKp_ConvertPixel<RK_Pixel8>(p);
+    return {nearest(p.alpha), nearest(p.red), nearest(p.green), nearest(p.blue)};
+}
+
 // The straight pixel over an opaque background.
 template <class P>
-RK_Pixel8 shown(const P& p, const RK_Pixel8& under) {
+RK_Pixel8 shown(const P& p, bool sse2, const RK_Pixel8& under) {
     using D = RKp_Depth<RK_Pixel8>;
-    RK_Pixel8 over = RKp_ConvertPixel<RK_Pixel8>(p);
+    RK_Pixel8 over = converted(p, sse2);
     if (p.alpha == RKp_Depth<P>::kFull) {
         over.alpha = 255;
         return over;
@@ -69,7 +90,7 @@ RK_Long blitRows(void* refcon, RK_Long, RK_Long i, RK_Long n) {
         for (int32_t x = b.rect.left; x < b.rect.right; ++x) {
             const int32_t column = in != nullptr ? (*b.columns)[x - b.rect.left] : -1;
             const RK_Pixel8& under = b.background(x, y);
-            out[x] = column >= 0 ? shown(in[column], under) : under;
+            out[x] = column >= 0 ? shown(in[column], b.sse2, under) : under;
         }
     }
     return RK_kOK;
@@ -114,6 +135,7 @@ RK_Long RK_SpecialCasePixelBlit(const RK_World* src, const GEO_LPoint& origin, b
     blit.origin = {moved(origin.x, blit.rect.left - rect.left, step.x), moved(origin.y, blit.rect.top - rect.top, step.y)};
     blit.step = step;
     blit.checkered = checkered;
+    blit.sse2 = KIT_G_CPU_DataP->has_sse2 != 0;
     blit.even = RKp_ConvertPixel<RK_Pixel8>(even);
     blit.odd = RKp_ConvertPixel<RK_Pixel8>(odd);
     blit.even.alpha = blit.odd.alpha = 255;

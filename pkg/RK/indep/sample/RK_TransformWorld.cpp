@@ -264,6 +264,7 @@ void draw(const Request& r) {
     const RKp_TransformSetup setup = RKp_SetUpTransform(makeJob(r), r.field != RK_kBothFields);
     switch (setup.path) {
         case RKp_TransformPath::Nothing: return;
+        case RKp_TransformPath::Singular: RKp_Throw(1);
         case RKp_TransformPath::ClearStencil: {
             RK_WorldX<P> dst(&r.dst->record, false);
             return clearAlphaAround(setup.clip, GEO_LRect{0, 0, 0, 0}, dst);

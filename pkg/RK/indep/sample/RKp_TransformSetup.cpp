@@ -129,6 +129,12 @@ bool stepsDiffer(const RKp_TransformJob& job) {
     return false;
 }
 
+bool allInvert(const RKp_TransformJob& job) {
+    for (int64_t i = 0; i < job.matrix_count; ++i)
+        if (!makePair(job.matrices[i], job.src2dst).inverts) return false;
+    return true;
+}
+
 int32_t progressMask(const RKp_TransformJob& job, bool field) {
     const int32_t mask = job.matrix_count == 1 ? (job.best ? 31 : 63) : 7;
     return field ? mask * 2 + 1 : mask;
@@ -189,19 +195,22 @@ RKp_TransformSetup RKp_SetUpTransform(const RKp_TransformJob& job, bool field) {
         if (!RKp_IsEmpty(setup.work)) setup.path = RKp_TransformPath::Transfer;
         return setup;
     }
+    const bool general = motion && job.best &&
+                         (directionsDiffer(first, last, {1, 0, 0}) || directionsDiffer(first, last, {0, 1, 0}) ||
+                          stepsDiffer(job));
     if (RKp_IsEmpty(setup.work)) {
-        if (job.stencil) setup.path = RKp_TransformPath::ClearStencil;
+        // A series that needs all of its matrices fails before anything is cleared.
+        if (general && !allInvert(job)) {
+            setup.path = RKp_TransformPath::Singular;
+        } else if (job.stencil) {
+            setup.path = RKp_TransformPath::ClearStencil;
+        }
         return setup;
     }
     setup.first = makeWalk(first, setup.work);
     setup.last = makeWalk(last, setup.work);
-    if (!motion) {
-        setup.path = RKp_TransformPath::AtRest;
-    } else if (job.best && (directionsDiffer(first, last, {1, 0, 0}) || directionsDiffer(first, last, {0, 1, 0}) ||
-                            stepsDiffer(job))) {
-        setup.path = RKp_TransformPath::GeneralMotion;
-    } else {
-        setup.path = RKp_TransformPath::LinearMotion;
-    }
+    setup.path = !motion   ? RKp_TransformPath::AtRest
+                 : general ? RKp_TransformPath::GeneralMotion
+                           : RKp_TransformPath::LinearMotion;
     return setup;
 }

@@ -20,6 +20,7 @@ struct RKp_TransformJob {
 
 enum class RKp_TransformPath {
     Nothing,
+    Singular,      // fails with 1
     ClearStencil,  // nothing of the source survives: clear `dest`
     Transfer,      // a translation: RK_TransferRect
     AtRest,
