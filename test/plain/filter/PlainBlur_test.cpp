@@ -133,35 +133,36 @@ void compareMany(bool box, int full, const std::vector<float>& radii = {}) {
         ASSERT_EQ(calls.made, (std::vector<std::pair<RK_Long, RK_Long>>{{63, tasks}}));
     }
 }
-TEST(BoxBlurAgainstPlain, EqualAt8Bits) { compareMany<RK_Pixel8>(true, 3000); }
-TEST(BoxBlurAgainstPlain, EqualAt16Bits) { compareMany<RK_Pixel16>(true, 3000); }
-TEST(BoxBlurAgainstPlain, EqualAtFloat) { compareMany<RK_PixelFloat>(true, 3000); }
-TEST(GaussianBlurAgainstPlain, EqualAt8Bits) { compareMany<RK_Pixel8>(false, 1000); }
-TEST(GaussianBlurAgainstPlain, EqualAt16Bits) { compareMany<RK_Pixel16>(false, 1000); }
-TEST(GaussianBlurAgainstPlain, EqualAtFloat) { compareMany<RK_PixelFloat>(false, 1000); }
+TEST(BoxBlurAgainstPlain, EqualAt8Bits) { compareMany<RK_Pixel8>(true, 10000); }
+TEST(BoxBlurAgainstPlain, EqualAt16Bits) { compareMany<RK_Pixel16>(true, 10000); }
+TEST(BoxBlurAgainstPlain, EqualAtFloat) { compareMany<RK_PixelFloat>(true, 10000); }
+TEST(GaussianBlurAgainstPlain, EqualAt8Bits) { compareMany<RK_Pixel8>(false, 10000); }
+TEST(GaussianBlurAgainstPlain, EqualAt16Bits) { compareMany<RK_Pixel16>(false, 10000); }
+TEST(GaussianBlurAgainstPlain, EqualAtFloat) { compareMany<RK_PixelFloat>(false, 10000); }
 
 // Windows far longer than any line, sums beyond 32 bits, half sides that wrap at 16 bits.
 const std::vector<float> kHuge = {900.0f,    4000.0f,    40000.5f, 65535.5f,      65536.0f, 65537.0f,
                                   100000.0f, 8388608.0f, 1e9f,     2147483520.0f, 32768.0f};
 TEST(BoxBlurAgainstPlain, EqualAtHugeRadii) {
-    compareMany<RK_Pixel8>(true, 300, kHuge);
-    compareMany<RK_Pixel16>(true, 300, kHuge);
-    compareMany<RK_PixelFloat>(true, 300, kHuge);
+    compareMany<RK_Pixel8>(true, 1000, kHuge);
+    compareMany<RK_Pixel16>(true, 1000, kHuge);
+    compareMany<RK_PixelFloat>(true, 1000, kHuge);
 }
 TEST(GaussianBlurAgainstPlain, EqualAtHugeRadii) {
-    compareMany<RK_Pixel8>(false, 50, kHuge);
-    compareMany<RK_Pixel16>(false, 50, kHuge);
-    compareMany<RK_PixelFloat>(false, 50, kHuge);
+    compareMany<RK_Pixel8>(false, 300, kHuge);
+    compareMany<RK_Pixel16>(false, 300, kHuge);
+    compareMany<RK_PixelFloat>(false, 300, kHuge);
 }
 
 template <class P>
 void compareInPlace(bool box) {
     Random r(sizeof(P) * 3 + (box ? 1 : 0));
-    const int count = test::amount(300);
+    const int count = test::amount(2000);
     for (int i = 0; i < count; ++i) {
         plain::Blur b = blurOf(r);
         b.force_copy = 1;
         b.dst_direction = b.src_direction;
+        if (!box && sizeof(P) == 8 && !b.wants(0)) b.radius = std::min(b.radius, 250.0f);
         const World<P> before = blurWorld<P>(r, test::side(r), test::side(r));
         World<P> expected(before), got(before);
         ASSERT_EQ(libraryBlur(box, nullptr, got.record, b, got.record), 0);
@@ -181,7 +182,7 @@ TEST(BlursAgainstPlain, EqualInPlace) {
 // Lines long and bright enough for float sums to lose bits.
 TEST(BoxBlurAgainstPlain, EqualOnLongLines) {
     Random r(7);
-    const int count = test::amount(20);
+    const int count = test::amount(60);
     for (int i = 0; i < count; ++i) {
         plain::Blur b = blurOf(r);
         b.radius = 200.0f + r.unit() * 900.0f;
@@ -198,7 +199,7 @@ TEST(GaussianKernelAgainstPlain, Equal) {
     Random r(5);
     static const double radii[] = {0, 1, 2, 0.5, 1e-300, 5.75, 65536.5, 32768.0, 40000.0, 1e12, 65538.0};
     static const double multipliers[] = {1.0, 2.0, 0.5, 0.0, -1.0, 1e9, 1e-9};
-    const int count = test::amount(400);
+    const int count = test::amount(4000);
     for (int i = 0; i < count; ++i) {
         const double radius =
             r.below(3) == 0 ? radii[r.below(11)] : r.unit() * (r.below(4) == 0 ? 40.0 : 6.0);

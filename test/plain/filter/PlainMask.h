@@ -4,6 +4,8 @@
 #define TEST_PLAIN_FILTER_MASK_H
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -118,7 +120,7 @@ typename D::N combined(int mode, typename D::N s, typename D::N d, Noise& noise)
         case 3: return D::mul(s, d);
         case 4: return s > d ? s : d;
         case 5: return s < d ? s : d;
-        case 6: return s > d ? s - d : d - s;
+        case 6: return std::abs(s - d);
         case 7: return s + d < full ? s + d : full;
         default: return full - D::mul(not_s, not_d);
     }
