@@ -120,6 +120,7 @@ template <class... Arguments>
 void add(const std::string&, RK_Long (*)(Arguments...)) {}
 template <class... Arguments>
 void add(const std::string&, void (*)(Arguments...)) {}
+inline void add(const std::string&, RK_Long (*)(...)) {}
 
 // ---- The list ---------------------------------------------------------------------------------------------
 

@@ -8,7 +8,9 @@
 
 // The families' report sites.
 constexpr uint32_t RKp_kSiteWorld = 1;
+constexpr uint32_t RKp_kSiteConvolve = 8;
 constexpr uint32_t RKp_kSiteBlur = 10;
+constexpr uint32_t RKp_kSiteBlend = 12;
 constexpr uint32_t RKp_kSiteFill = 13;
 constexpr uint32_t RKp_kSiteIterate = 14;
 constexpr uint32_t RKp_kSiteCopyDraft = 48;

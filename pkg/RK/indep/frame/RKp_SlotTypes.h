@@ -63,6 +63,10 @@ using RKp_MakePlanFunc = void(RK_BlendModeDescriptor<P>* self, RK_BlendingMode<P
 using RKp_CopyBitsFunc = RK_Long(RK_ProgressInfo* progress, const RK_LayerDef* src, RK_LayerDef* dst,
                                  const GEO_Rect* src_rect, const GEO_Rect* dst_rect);
 
+using RKp_ConvolveFunc = RK_Long(RK_ProgressInfo* progress, RK_LayerDef* src, const GEO_Rect* rect, uint32_t flags,
+                                 int32_t size, const int32_t* a_kernel, const int32_t* r_kernel,
+                                 const int32_t* g_kernel, const int32_t* b_kernel, RK_LayerDef* dst);
+
 using RKp_TransformWorldFunc = RK_Long(RK_ProgressInfo* progress, RK_Long quality, RK_Long mode_flags, RK_Long field,
                                        const RK_World* src, const RK_CompositeMode* comp_mode,
                                        const RK_LinearBlendingTables* linear_tables, const RK_TransformMask* mask,
