@@ -3,71 +3,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 
 #include "ArgumentWords.h"
 #include "Command.h"
 #include "Failure.h"
+#include "PictureStep.h"
 #include "RK/indep/passes/RK_CopyBits.h"
 #include "RK/indep/sample/RK_Decimate.h"
 #include "RK/indep/sample/RK_SummedAreaTable.h"
-#include "ResultArguments.h"
 
 namespace {
-
-constexpr const char* kJpegQuality = "--jpeg-quality";
-constexpr const char* kExitLine =
-    "\n\nExit status: 0 good, 1 failed, 2 misuse. The result appears whole or not at all.";
-
-// One picture in, one out. `size` is asked before anything is decoded; `draw` gets a cleared world of that
-// size.
-struct Step {
-    std::string name;
-    std::function<Size(const PictureFile& in, int depth)> size;
-    std::function<void(RK_World& in, RK_World& out, int depth, Progress& progress)> draw;
-};
-
-int RunStep(const std::string& path, const ResultArguments& arguments, const Step& step) {
-    int depth = 8;
-    const std::unique_ptr<PictureFile> file = OpenPicture(path, arguments, depth);
-    const Size size = step.size(*file, depth);
-    OutputFile out(arguments.out);
-    const Library library;
-    Progress progress(arguments.quiet, 2 + DeliverStages(arguments));
-    progress.Stage("reading " + file->Shown());
-    const WorldPtr in = file->Decode(depth, progress);
-    progress.Stage(step.name + " " + file->Shown());
-    WorldPtr result = NewWorld(size.width, size.height, depth, "the result");
-    result->Clear(nullptr);
-    try {
-        step.draw(*in, *result, depth, progress);
-    } catch (RK_Long code) {
-        CheckResult(code, file->Shown());
-    }
-    progress.Report(1, 1);
-    Deliver(result, depth, arguments, out, progress);
-    return kExitGood;
-}
-
-// The words that the three commands share.
-class Words {
-  public:
-    Words(const char* does, const char* name) : app(does, name) {
-        app.add_option("IN", in, "The picture; - is standard input")->required();
-    }
-    // False when help was printed.
-    bool Read(const std::vector<std::string>& words, ResultArguments& out) {
-        AddResultOptions(app, text_, kJpegQuality);
-        if (!Parse(app, words)) return false;
-        ReadResult(text_, kJpegQuality, out);
-        return true;
-    }
-    CLI::App app;
-    std::string in;
-
-  private:
-    ResultText text_;
-};
 
 int32_t Scaled(int64_t side, double percent, const std::string& option) {
     const double scaled = std::max(1.0, std::floor(static_cast<double>(side) * percent / 100 + 0.5));
@@ -102,7 +47,7 @@ void BoxMean(const RK_World& in, const E* table, int32_t width, int32_t height, 
 }  // namespace
 
 int RunResize(const std::vector<std::string>& words) {
-    Words parser("Makes a picture larger or smaller.", "rk resize");
+    StepWords parser("Makes a picture larger or smaller.", "rk resize");
     std::string size_text, quality = "best";
     parser.app.add_option("--size", size_text, "Such as 640x480 or 37.5%")
         ->type_name("WxH|PERCENT")
@@ -127,7 +72,7 @@ int RunResize(const std::vector<std::string>& words) {
     const double factor =
         percent ? Number("--size", size_text.substr(0, size_text.size() - 1), 0.001, 1e6) : 0.0;
     const Size given = percent ? Size{} : SizeOf("--size", size_text);
-    Step step;
+    PictureStep step;
     step.name = "resizing";
     step.size = [&](const PictureFile& in, int) {
         if (!percent) return given;
@@ -138,11 +83,11 @@ int RunResize(const std::vector<std::string>& words) {
         const auto copy = quality == "draft" ? RK_CopyBits_Draft : RK_CopyBits_HQ_Straight;
         CheckResult(copy(progress.Info(), &in.record, &out.record, nullptr, nullptr), ShownInput(parser.in));
     };
-    return RunStep(parser.in, result, step);
+    return RunPictureStep(parser.in, result, step);
 }
 
 int RunHalve(const std::vector<std::string>& words) {
-    Words parser("Makes a picture half as large.", "rk halve");
+    StepWords parser("Makes a picture half as large.", "rk halve");
     std::string filter = "box";
     bool keep_odd = false;
     parser.app.add_option("--filter", filter, "box takes the mean of 2 x 2; gauss five taps each way (box)")
@@ -161,7 +106,7 @@ int RunHalve(const std::vector<std::string>& words) {
     if (filter != "box" && filter != "gauss")
         Misuse("--filter " + OneLine(filter) + ": box or gauss is wanted");
     if (result.depth == 32) Misuse("--depth float: float pictures are not halved; 8 or 16 is wanted");
-    Step step;
+    PictureStep step;
     step.name = "halving";
     step.size = [&](const PictureFile& in, int depth) {
         if (depth == 32) Fail(in.Shown(), "float pictures are not halved: give --depth 8 or 16");
@@ -174,11 +119,11 @@ int RunHalve(const std::vector<std::string>& words) {
     step.draw = [&](RK_World& in, RK_World& out, int, Progress&) {
         (filter == "box" ? RK_BoxFilteredDecimateByTwo : RK_GaussFilteredDecimateByTwo)(&in, keep_odd, &out);
     };
-    return RunStep(parser.in, result, step);
+    return RunPictureStep(parser.in, result, step);
 }
 
 int RunBoxMean(const std::vector<std::string>& words) {
-    Words parser("Gives each pixel the mean of the box around it.", "rk boxmean");
+    StepWords parser("Gives each pixel the mean of the box around it.", "rk boxmean");
     std::string radius_text;
     parser.app.add_option("--radius", radius_text, "Pixels to each side; may be fractional")
         ->type_name("R")
@@ -194,13 +139,9 @@ int RunBoxMean(const std::vector<std::string>& words) {
     ResultArguments result;
     if (!parser.Read(words, result)) return kExitGood;
     const double radius = Number("--radius", radius_text, 0, kLargestSide);
-    Step step;
+    PictureStep step;
     step.name = "averaging";
-    step.size = [](const PictureFile& in, int) {
-        if (in.Info().width > kLargestSide || in.Info().height > kLargestSide)
-            Fail(in.Shown(), "the picture is too large");
-        return Size{static_cast<int32_t>(in.Info().width), static_cast<int32_t>(in.Info().height)};
-    };
+    step.size = SameSize;
     step.draw = [&](RK_World& in, RK_World& out, int depth, Progress& progress) {
         const RK_SummedAreaTable table(&in);
         const int32_t w = table.width, h = table.height;
@@ -212,5 +153,5 @@ int RunBoxMean(const std::vector<std::string>& words) {
             BoxMean<RK_PixelFloat>(in, table.double_table, w, h, radius, out, progress);
         }
     };
-    return RunStep(parser.in, result, step);
+    return RunPictureStep(parser.in, result, step);
 }
