@@ -25,11 +25,14 @@ inline int32_t wrapped(int64_t v) {
     return low < 0x80000000u ? static_cast<int32_t>(low)
                              : static_cast<int32_t>(static_cast<int64_t>(low) - 0x100000000);
 }
-inline int32_t kernelDivisor(uint32_t flags, const Halves& half, const int32_t* kernel) {
-    const int32_t cells = (2 * half.y + 1) * (2 * half.x + 1);
-    if ((flags & kKernelNormalise) == 0) return wrapped(int64_t{cells} * 255);
-    int32_t sum = 0;
-    for (int32_t i = 0; i < cells; ++i) sum = wrapped(int64_t{sum} + kernel[i]);
+// Sums of weights wrap in the integer depths and are exact at float.
+template <class D>
+int64_t kernelDivisor(uint32_t flags, const Halves& half, const int32_t* kernel) {
+    const int64_t cells = (2 * half.y + 1) * (2 * half.x + 1);
+    if ((flags & kKernelNormalise) == 0) return cells * 255;
+    int64_t sum = 0;
+    for (int64_t i = 0; i < cells; ++i) sum += kernel[i];
+    if (!D::kReal) sum = wrapped(sum);
     return sum == 0 ? 1 : sum;
 }
 
@@ -40,7 +43,7 @@ typename DepthOf<P>::D::Channel convolved(const RK_LayerDef& src, int x, int y, 
     using D = typename DepthOf<P>::D;
     using C = typename D::Channel;
     const Halves half = halves(flags, size);
-    const int32_t divisor = kernelDivisor(flags, half, kernel);
+    const int64_t divisor = kernelDivisor<D>(flags, half, kernel);
     std::conditional_t<D::kReal, float, int32_t> sum = 0;
     for (int32_t j = -half.y; j <= half.y; ++j)
         for (int32_t i = -half.x; i <= half.x; ++i, ++kernel) {
@@ -57,7 +60,7 @@ typename DepthOf<P>::D::Channel convolved(const RK_LayerDef& src, int x, int y, 
         if (clamps && v < 0.0f) return 0.0f;
         return clamps && v > 1.0f ? 1.0f : v;
     } else {
-        int64_t v = wrapped(int64_t{sum} / divisor);
+        int64_t v = wrapped(sum / divisor);
         if (clamps) v = v < 0 ? 0 : v > D::W ? D::W : v;
         return static_cast<C>(D::keep(v));
     }
