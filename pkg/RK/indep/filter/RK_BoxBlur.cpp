@@ -13,19 +13,19 @@ class BoxBlur {
   public:
     BoxBlur(const RKp_BlurArguments& given, int32_t passes)
         : job(given, static_cast<int32_t>(sizeof(P))), passes_(passes) {
-        if (passes > 1 || job.load) {
-            int64_t longest = 0;
-            for (int64_t k = 0; k <= passes; ++k) longest = std::max(longest, range(k).size());
-            job.scratch.allocate(job.threads, 2, longest, static_cast<int32_t>(sizeof(P)));
-        }
-        // Lines side by side without scratch; rows into rows gain nothing by it.
-        block_ = passes == 1 && !job.load && (job.src.columns || job.dst.columns) && job.src.evenly &&
-                 job.dst.evenly;
+        const bool columns = (job.src.columns || job.dst.columns) && job.src.evenly && job.dst.evenly;
+        const bool direct = passes == 1 && !job.load;
+        if (columns) block_ = direct ? RKp_kBoxBlock : kScratchBlock;
+        if (direct) return;
+        int64_t longest = 0;
+        for (int64_t k = 0; k <= passes; ++k) longest = std::max(longest, range(k).size());
+        job.scratch.allocate(job.threads, 2, longest, block_ * static_cast<int32_t>(sizeof(P)));
     }
 
+    // A task is a line, but where columns are walked the first of a block does all of it: progress and
+    // threads see lines, memory sees rows.
     void line(int32_t thread, int32_t i) {
-        if (!block_) return blur(thread, i, 1);
-        if (i % RKp_kBoxBlock == 0) blur(thread, i, std::min(RKp_kBoxBlock, job.dst.count - i));
+        if (i % block_ == 0) blur(thread, i, std::min(block_, job.dst.count - i));
     }
 
     RKp_BlurJob job;
@@ -56,41 +56,48 @@ class BoxBlur {
     }
 
     void stages(int32_t thread, int32_t i, int32_t count) {
+        const auto pixels = [](int64_t bytes) {
+            return static_cast<ptrdiff_t>(bytes) / static_cast<ptrdiff_t>(sizeof(P));
+        };
         const P* const source = job.src.template line<P>(i + job.shift_across);
+        const auto buffer = [&](int32_t k) { return job.scratch.template buffer<P>(thread, k & 1); };
         RKp_BoxStage<P> stage = {};
         stage.lines = count;
         stage.reach = job.int_radius;
         stage.radius = job.radius;
         stage.flags = job.flags;
-        stage.in_across = static_cast<ptrdiff_t>(job.src.across / static_cast<int64_t>(sizeof(P)));
-        stage.out_across = static_cast<ptrdiff_t>(job.dst.across / static_cast<int64_t>(sizeof(P)));
         for (int32_t k = 0; k < passes_; ++k) {
             stage.from = range(k);
             stage.to = range(k + 1);
-            stage.in_step = stage.out_step = 1;
+            // In scratch lines lie side by side.
+            stage.in_step = stage.out_step = count;
+            stage.in_across = stage.out_across = 1;
             if (k == 0 && !job.load) {
                 stage.in = source;
                 stage.in_step = job.src.step;
+                stage.in_across = pixels(job.src.across);
             } else {
-                P* const buffer = job.scratch.template buffer<P>(thread, k & 1);
-                if (k == 0)
-                    RKp_LoadLine(job, source + static_cast<ptrdiff_t>(stage.from.first) * job.src.step,
-                                 stage.from.size(), buffer);
-                stage.in = buffer;
+                stage.in = buffer(k);
+                if (k == 0) RKp_LoadLines(job, source, pixels(job.src.across), count, stage.from, buffer(k));
             }
             if (k == passes_ - 1) {
                 stage.out = job.dst.template line<P>(i);
                 stage.out_step = job.dst.step;
+                stage.out_across = pixels(job.dst.across);
                 stage.divide = job.divide;
             } else {
-                stage.out = job.scratch.template buffer<P>(thread, (k + 1) & 1);
+                stage.out = buffer(k + 1);
             }
-            RKp_BoxPass<P>(stage);
+            (vectors_ && !stage.divide ? RKp_BoxPass_SSE2<P> : RKp_BoxPass<P>)(stage);
         }
     }
 
+    // Columns that go through scratch together: two lines of it for each.
+    static constexpr int32_t kScratchBlock = 4;
+
     const int32_t passes_;
-    bool block_;
+    const bool vectors_ = KIT_G_CPU_DataP->has_sse2 != 0;
+    int32_t block_ = 1;
 };
 
 }  // namespace

@@ -50,7 +50,7 @@ class GaussianBlur {
         run.in_step = job.src.step;
         if (job.load) {
             P* const buffer = job.scratch.template buffer<P>(thread, 0);
-            RKp_LoadLine(job, run.in, job.src.length, buffer);
+            RKp_LoadLines(job, run.in, 1, 1, {0, job.src.length}, buffer);
             run.in = buffer;
             run.in_step = 1;
         }

@@ -111,22 +111,32 @@ void RKp_ClearLine(P* out, ptrdiff_t step, int64_t count) {
     for (; count > 0; --count, out += step) *out = P{};
 }
 
-// Pixels of a source line into a buffer, premultiplied where the job says so.
+struct RKp_Range {
+    int64_t first, end;  // no end before its first
+    int64_t size() const { return end - first; }
+};
+
+// Pixels of source lines, of which `in` is the first, into a buffer, lines side by side; premultiplied where
+// the job says so.
 template <class P>
-void RKp_LoadLine(const RKp_BlurJob& job, const P* in, int64_t count, P* out) {
+void RKp_LoadLines(const RKp_BlurJob& job, const P* in, ptrdiff_t across, int32_t lines,
+                   const RKp_Range& range, P* out) {
     using D = RKp_Depth<P>;
     using C = typename D::Channel;
-    const ptrdiff_t step = job.src.step;
-    if (!job.premultiply_on_load) {
-        for (; count > 0; --count, in += step) *out++ = *in;
-        return;
-    }
+    if (range.size() == 0) return;
+    in += static_cast<ptrdiff_t>(range.first) * job.src.step;
     const bool red = (job.flags & RK_kBlurRed) != 0, green = (job.flags & RK_kBlurGreen) != 0,
                blue = (job.flags & RK_kBlurBlue) != 0;
-    for (; count > 0; --count, in += step, ++out) {
-        const P p = *in;
-        const auto mul = [&](bool flagged, C c) { return flagged ? static_cast<C>(D::mul(c, p.alpha)) : c; };
-        *out = {p.alpha, mul(red, p.red), mul(green, p.green), mul(blue, p.blue)};
+    for (int64_t n = range.size(); n > 0; --n, in += job.src.step) {
+        for (int32_t j = 0; j < lines; ++j, ++out) {
+            const P p = in[j * across];
+            const auto mul = [&](bool flagged, C c) {
+                return flagged ? static_cast<C>(D::mul(c, p.alpha)) : c;
+            };
+            *out = job.premultiply_on_load
+                       ? P{p.alpha, mul(red, p.red), mul(green, p.green), mul(blue, p.blue)}
+                       : p;
+        }
     }
 }
 

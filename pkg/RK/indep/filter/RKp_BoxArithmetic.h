@@ -93,6 +93,7 @@ inline RKp_BlurForm RKp_FormOf(uint32_t flags) {
 template <class P, class I, RKp_BlurForm kForm, bool kDivide>
 class RKp_BoxPlain {
   public:
+    static constexpr bool kRuns = false;
     using Depth = RKp_BoxDepth<P, I>;
     using Sum = typename Depth::Sum;
     using Number = typename Depth::Number;

@@ -4,12 +4,7 @@
 #ifndef RKP_BOX_LINE_H
 #define RKP_BOX_LINE_H
 
-#include "RK/indep/frame/RK.h"
-
-struct RKp_Range {
-    int64_t first, end;  // no end before its first
-    int64_t size() const { return end - first; }
-};
+#include "RK/indep/filter/RKp_BlurJob.h"
 
 template <class P>
 struct RKp_BoxStage {
@@ -27,12 +22,18 @@ struct RKp_BoxStage {
 
 // Lines that are walked together where neighbours share cache lines. A power of two below 64, so that
 // progress comes between blocks.
-constexpr int32_t RKp_kBoxBlock = 16;
+constexpr int32_t RKp_kBoxBlock = 64;
 
 // Up to this reach a numerator of depth 8, 255.5 times the weight of the window at most, fits 31 bits.
 constexpr int32_t RKp_kBoxNarrowReach = 4095;
 
 template <class P>
 void RKp_BoxPass(const RKp_BoxStage<P>& stage);
+
+// The same in vectors, for stages that keep premultiplied. One that divides is reported, and throws 3.
+template <class P>
+void RKp_BoxPass_SSE2(const RKp_BoxStage<P>& stage);
+// Does the latter.
+void RKp_GuardBoxVectors(bool divides);
 
 #endif

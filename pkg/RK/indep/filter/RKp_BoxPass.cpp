@@ -1,6 +1,8 @@
 #include "RK/indep/filter/RKp_BoxArithmetic.h"
 #include "RK/indep/filter/RKp_BoxLine.h"
 #include "RK/indep/filter/RKp_BoxWalkT.h"
+#include "RK/indep/frame/RKp_Border.h"
+#include "RK/indep/frame/RKp_Report.h"
 
 namespace {
 
@@ -32,3 +34,7 @@ void RKp_BoxPass(const RKp_BoxStage<P>& stage) {
 template void RKp_BoxPass(const RKp_BoxStage<RK_Pixel8>&);
 template void RKp_BoxPass(const RKp_BoxStage<RK_Pixel16>&);
 template void RKp_BoxPass(const RKp_BoxStage<RK_PixelFloat>&);
+
+void RKp_GuardBoxVectors(bool divides) {
+    if (divides) RKp_Throw(RKp_VERIFICATION("untested SSE2 codepath in blur"));
+}

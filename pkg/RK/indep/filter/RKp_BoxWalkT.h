@@ -14,6 +14,8 @@
 //   void put(const Sums&, Divisor, const P* centre, P* out)                               all weights 1
 //   void put(const Sums&, Sample first, Sample last, Divisor, const P* centre, P* out)    outermost ones less
 //   void putNone(const P* centre, P* out)                                                 for a divisor of 0
+//   bool kRuns              whether it has, for spans that lie in the input with all of their windows,
+//   bool run<kEdges>(Sums*, const RKp_BoxRun<P>&)    which does a whole span, or gives false
 #ifndef RKP_BOX_WALK_T_H
 #define RKP_BOX_WALK_T_H
 
@@ -23,19 +25,25 @@
 #include "RK/indep/filter/RK_BlurFlags.h"
 #include "RK/indep/filter/RKp_BoxLine.h"
 
-// One place of all lines after another, as pixels of the input or as zero.
+// Asks for what neighbouring lines hold some places further. The processor's own look ahead stops at a page.
 template <class P>
-struct RKp_BoxCursor {
-    RKp_BoxCursor(const RKp_BoxStage<P>& stage, int64_t place, const P& zero)
-        : inside(place >= stage.from.first && place < stage.from.end),
-          at(inside ? stage.in + static_cast<ptrdiff_t>(place - stage.from.first) * stage.in_step : &zero),
-          step(inside ? stage.in_step : 0),
-          across(inside ? stage.in_across : 0) {}
-    const P* line(int32_t j) const { return at + j * across; }
+inline void RKp_Prefetch(const P* at, ptrdiff_t step, int32_t lines) {
+    constexpr ptrdiff_t kPlaces = 4, kCacheLine = 64;
+    // As a number: it may lie outside of the world.
+    const auto place = reinterpret_cast<uintptr_t>(at) +
+                       static_cast<uintptr_t>(kPlaces * step * static_cast<ptrdiff_t>(sizeof(P)));
+    for (ptrdiff_t byte = 0; byte < lines * static_cast<ptrdiff_t>(sizeof(P)); byte += kCacheLine)
+        __builtin_prefetch(reinterpret_cast<const void*>(place + static_cast<uintptr_t>(byte)));
+}
 
-    bool inside;
-    const P* at;
-    ptrdiff_t step, across;
+// Many places of one line, or of lines side by side.
+template <class P>
+struct RKp_BoxRun {
+    int64_t places;
+    int32_t lines;
+    const P *behind, *trailing, *leading, *centre;  // at the first place of the first line
+    P* out;
+    ptrdiff_t in_step, out_step, in_across, out_across;
 };
 
 // kLines: 1, or 0 for as many as the stage has.
@@ -62,6 +70,21 @@ class RKp_BoxWalk {
   private:
     using Sums = typename A::Sums;
     using Weight = typename A::Weight;
+    // One place of all lines after another, as pixels of the input or as zero.
+    struct Cursor {
+        Cursor(const RKp_BoxStage<P>& stage, int64_t place, const P& zero)
+            : inside(place >= stage.from.first && place < stage.from.end),
+              at(inside ? stage.in + static_cast<ptrdiff_t>(place - stage.from.first) * stage.in_step
+                        : &zero),
+              step(inside ? stage.in_step : 0),
+              across(inside ? stage.in_across : 0) {}
+        const P* line(int32_t j) const { return at + j * across; }
+
+        bool inside;
+        const P* at;
+        ptrdiff_t step, across;
+    };
+
     static constexpr int kMost = kLines == 1 ? 1 : RKp_kBoxBlock;
     int32_t lines() const { return kLines == 1 ? 1 : stage_.lines; }
     bool renormalise() const { return (stage_.flags & RK_kBlurRenormalise) != 0; }
@@ -73,14 +96,14 @@ class RKp_BoxWalk {
         const int64_t to = std::min(stage_.from.end - 1, centre + stage_.reach);
         count_ = a_.weigh(std::max<int64_t>(0, to - from + 1));
         for (int32_t j = 0; j < lines(); ++j) sums_[j] = Sums{};
-        RKp_BoxCursor<P> cursor(stage_, from, zero_);
+        Cursor cursor(stage_, from, zero_);
         for (int64_t place = from; place <= to; ++place, cursor.at += cursor.step)
             for (int32_t j = 0; j < lines(); ++j) a_.add(sums_[j], a_.read(cursor.line(j)));
     }
 
     // Places first up to end - 1, in which the same of the window's ends are inside.
     void span(int64_t first, int64_t end) {
-        const RKp_BoxCursor<P> behind(stage_, first - 1 - stage_.reach, zero_),
+        const Cursor behind(stage_, first - 1 - stage_.reach, zero_),
             trailing(stage_, first - stage_.reach, zero_), leading(stage_, first + stage_.reach, zero_);
         Weight lost = 0;
         if (kEdges && trailing.inside) lost += a_.edge();
@@ -101,24 +124,43 @@ class RKp_BoxWalk {
             });
         }
     }
-    void steady(int64_t first, int64_t end, const RKp_BoxCursor<P>& behind, const RKp_BoxCursor<P>& trailing,
-                const RKp_BoxCursor<P>& leading, Weight divisor) {
+    void steady(int64_t first, int64_t end, const Cursor& behind, const Cursor& trailing,
+                const Cursor& leading, Weight divisor) {
         if (divisor == 0) {
             walk(first, end, behind, trailing, leading, [](auto&& step) { step(None{}); });
-        } else {
+        } else if (!behind.inside || !leading.inside || !ran(first, end, behind, trailing, leading)) {
             const auto ready = a_.divisor(divisor);
             walk(first, end, behind, trailing, leading, [&](auto&& step) { step(ready); });
         }
     }
 
+    bool ran(int64_t first, int64_t end, const Cursor& behind, const Cursor& trailing,
+             const Cursor& leading) {
+        if constexpr (A::kRuns) {
+            const RKp_BoxRun<P> run = {end - first,      lines(),          behind.at,
+                                       trailing.at,      leading.at,       Cursor(stage_, first, zero_).at,
+                                       outAt(first),     stage_.in_step,   stage_.out_step,
+                                       stage_.in_across, stage_.out_across};
+            return a_.template run<kEdges>(sums_, run);
+        } else {
+            return false;
+        }
+    }
+    P* outAt(int64_t place) const {
+        return stage_.out + static_cast<ptrdiff_t>(place - stage_.to.first) * stage_.out_step;
+    }
+
     struct None {};
     // choose(step) calls step with the divisor of each place.
     template <class Choose>
-    void walk(int64_t first, int64_t end, RKp_BoxCursor<P> behind, RKp_BoxCursor<P> trailing,
-              RKp_BoxCursor<P> leading, Choose&& choose) {
-        RKp_BoxCursor<P> centre(stage_, first, zero_);
-        P* out = stage_.out + static_cast<ptrdiff_t>(first - stage_.to.first) * stage_.out_step;
+    void walk(int64_t first, int64_t end, Cursor behind, Cursor trailing, Cursor leading, Choose&& choose) {
+        Cursor centre(stage_, first, zero_);
+        P* out = outAt(first);
         for (int64_t n = end - first; n > 0; --n) {
+            if (kLines != 1) {
+                if (leading.across == 1) RKp_Prefetch(leading.at, leading.step, lines());
+                if (stage_.out_across == 1) RKp_Prefetch(out, stage_.out_step, lines());
+            }
             choose([&](const auto& divisor) {
                 for (int32_t j = 0; j < lines(); ++j)
                     place(j, behind, trailing, leading, centre, divisor, out);
@@ -131,9 +173,8 @@ class RKp_BoxWalk {
         }
     }
     template <class Divisor>
-    void place(int32_t j, const RKp_BoxCursor<P>& behind, const RKp_BoxCursor<P>& trailing,
-               const RKp_BoxCursor<P>& leading, const RKp_BoxCursor<P>& centre, const Divisor& divisor,
-               P* out) {
+    void place(int32_t j, const Cursor& behind, const Cursor& trailing, const Cursor& leading,
+               const Cursor& centre, const Divisor& divisor, P* out) {
         const auto ahead = a_.read(leading.line(j));
         a_.slide(sums_[j], a_.read(behind.line(j)), ahead);
         P* const to = out + j * stage_.out_across;

@@ -1,0 +1,243 @@
+// The box blur of depth 8 in vectors, premultiplied kept.
+//
+// Weights and numerators are told in the smallest units that keep them whole: 1024ths for most fractions of a
+// radius, wholes for a whole radius, halves for a half. The quotient stays the same.
+//
+// Nothing here is shared with other files, not even an inline function: this one may be compiled with other
+// switches.
+#include <emmintrin.h>
+
+#include <cstring>
+
+#include "RK/indep/filter/RKp_BoxWalkT.h"
+
+namespace {
+
+using P = RK_Pixel8;
+
+inline __m128i low16(__m128i bytes) { return _mm_unpacklo_epi8(bytes, _mm_setzero_si128()); }
+inline __m128i high16(__m128i bytes) { return _mm_unpackhi_epi8(bytes, _mm_setzero_si128()); }
+inline __m128i load4(const P* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+
+// All four channels side by side; kAll: every one is stored, otherwise those of a mask.
+template <bool kAll>
+class Lanes {
+  public:
+    static constexpr bool kRuns = true;
+    using Sums = __m128i;    // four int32_t
+    using Sample = __m128i;  // four int16_t
+    using Weight = int32_t;
+    struct Divisor {
+        __m128i half;
+        __m128d reciprocal;
+    };
+
+    Lanes(int32_t reach, float radius, uint32_t flags)
+        : f_(static_cast<int32_t>((reach - radius) * 1024.0f)) {
+        // The largest power of two that f and 1024 share, as what is left of 1024.
+        shift_ = 10;
+        while (shift_ > 0 && f_ % 2 == 0) f_ /= 2, --shift_;
+        edge_ = _mm_set1_epi32(f_);
+        for (uint32_t channel = 0; channel < 4; ++channel)
+            if ((flags >> channel & 1) != 0) mask_ |= 0xFFu << channel * 8;
+        findShortDivision(full(reach));
+    }
+
+    Weight one() const { return 1 << shift_; }
+    Weight edge() const { return f_; }
+    Weight full(int32_t reach) const { return ((2 * reach + 1) << shift_) - 2 * f_; }
+    Weight weigh(int64_t n) const { return static_cast<Weight>(n << shift_); }
+    // A numerator n below 256 D is at least 1 / D away from the next multiple of D above it, in units of D;
+    // the reciprocal is raised by so little that no product reaches that, and by enough that a multiple is
+    // not missed.
+    Divisor divisor(Weight D) const {
+        return {_mm_set1_epi32(D / 2), _mm_set1_pd((1.0 + 1.0 / (int64_t{1} << 45)) / D)};
+    }
+
+    Sample read(const P* p) const {
+        int32_t bytes;
+        std::memcpy(&bytes, p, sizeof bytes);
+        return low16(_mm_cvtsi32_si128(bytes));
+    }
+    void add(Sums& S, Sample p) const { S = _mm_add_epi32(S, _mm_unpacklo_epi16(p, _mm_setzero_si128())); }
+    void slide(Sums& S, Sample behind, Sample ahead) const {
+        const __m128i d = _mm_sub_epi16(ahead, behind);
+        S = _mm_add_epi32(S, _mm_srai_epi32(_mm_unpacklo_epi16(d, d), 16));
+    }
+    void put(Sums S, const Divisor& D, const P* centre, P* out) const {
+        store(_mm_sll_epi32(S, _mm_cvtsi32_si128(shift_)), D, centre, out);
+    }
+    void put(Sums S, Sample first, Sample last, const Divisor& D, const P* centre, P* out) const {
+        const __m128i e = _mm_unpacklo_epi16(_mm_add_epi16(first, last), _mm_setzero_si128());
+        const __m128i n =
+            _mm_sub_epi32(_mm_sll_epi32(S, _mm_cvtsi32_si128(shift_)), _mm_madd_epi16(e, edge_));
+        store(n, D, centre, out);
+    }
+    void putNone(const P* centre, P* out) const { keep(0, centre, out); }
+
+    // With divisors that allow it, in 16 bits: sums wrap, numerators fit.
+    template <bool kEdges>
+    bool run(Sums* S, const RKp_BoxRun<P>& run) const {
+        if (multiplier_ == 0) return false;
+        if (run.lines == 1 && run.in_step == 1 && run.out_step == 1) return runRow<kEdges>(*S, run);
+        if (run.in_across == 1 && run.out_across == 1 && run.lines % 4 == 0)
+            return runColumns<kEdges>(S, run);
+        return false;
+    }
+
+  private:
+    void store(__m128i n, const Divisor& D, const P* centre, P* out) const {
+        n = _mm_add_epi32(n, D.half);
+        const __m128d low = _mm_mul_pd(_mm_cvtepi32_pd(n), D.reciprocal);
+        const __m128d high = _mm_mul_pd(_mm_cvtepi32_pd(_mm_shuffle_epi32(n, 0xEE)), D.reciprocal);
+        const __m128i q = _mm_unpacklo_epi64(_mm_cvttpd_epi32(low), _mm_cvttpd_epi32(high));
+        const __m128i words = _mm_packs_epi32(q, q);
+        keep(static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(words, words))), centre, out);
+    }
+    void keep(uint32_t bytes, const P* centre, P* out) const {
+        if (!kAll) {
+            uint32_t old;
+            std::memcpy(&old, centre, sizeof old);
+            bytes = (bytes & mask_) | (old & ~mask_);
+        }
+        std::memcpy(out, &bytes, sizeof bytes);
+    }
+
+    // ---- Sixteen bits --------------------------------------------------------------------------------
+
+    // floor(n / D) as n * multiplier >> 16 >> multiplier_shift, where that is exact for each n up to 255 D +
+    // D / 2 and those fit.
+    void findShortDivision(Weight D) {
+        const int64_t most = int64_t{255} * D + D / 2;
+        if (D < 2 || most > 65535) return;
+        int32_t s = 0;
+        while ((int64_t{1} << (17 + s)) / D < 65535) ++s;
+        const int64_t power = int64_t{1} << (16 + s), m = (power + D - 1) / D;
+        if ((m * D - power) * most >= power) return;
+        multiplier_ = static_cast<int32_t>(m);
+        multiplier_shift_ = s;
+        half_ = D / 2;
+    }
+    struct Short {
+        __m128i shift, edge, multiplier, multiplier_shift;
+    };
+    Short shorts() const {
+        return {_mm_cvtsi32_si128(shift_), _mm_set1_epi16(static_cast<int16_t>(f_)),
+                _mm_set1_epi16(static_cast<int16_t>(multiplier_)), _mm_cvtsi32_si128(multiplier_shift_)};
+    }
+    // The sums of two pixels as 16-bit numerators but for the edges.
+    __m128i shorten(__m128i S0, __m128i S1) const {
+        const __m128i shift = _mm_cvtsi32_si128(shift_ + 16),
+                      half = _mm_set1_epi16(static_cast<int16_t>(half_));
+        const __m128i low = _mm_srai_epi32(_mm_sll_epi32(S0, shift), 16);
+        const __m128i high = _mm_srai_epi32(_mm_sll_epi32(S1, shift), 16);
+        return _mm_add_epi16(_mm_packs_epi32(low, high), half);
+    }
+    // And back: t as shorten() gives it, e the outermost pixels' sum.
+    template <bool kEdges>
+    __m128i lengthen(__m128i t, __m128i e) const {
+        const __m128i zero = _mm_setzero_si128(), half = _mm_set1_epi16(static_cast<int16_t>(half_));
+        const __m128i edge = _mm_set1_epi16(static_cast<int16_t>(f_));
+        t = _mm_sub_epi16(t, half);
+        if (kEdges) t = _mm_sub_epi16(t, _mm_mullo_epi16(e, edge));
+        __m128i n = _mm_unpacklo_epi16(t, zero);
+        if (kEdges) n = _mm_add_epi32(n, _mm_madd_epi16(_mm_unpacklo_epi16(e, zero), edge_));
+        return _mm_srl_epi32(n, _mm_cvtsi32_si128(shift_));
+    }
+    template <bool kEdges>
+    static __m128i quotient(__m128i t, __m128i e, const Short& s) {
+        if (kEdges) t = _mm_sub_epi16(t, _mm_mullo_epi16(e, s.edge));
+        return _mm_srl_epi16(_mm_mulhi_epu16(t, s.multiplier), s.multiplier_shift);
+    }
+    __m128i masked(__m128i q, const P* centre) const {
+        if (kAll) return q;
+        const __m128i mask = _mm_set1_epi32(static_cast<int32_t>(mask_));
+        return _mm_or_si128(_mm_and_si128(mask, q), _mm_andnot_si128(mask, load4(centre)));
+    }
+
+    // Four pixels at a time, by twos: the second's sum is the first's and its own step.
+    template <bool kEdges>
+    bool runRow(Sums& S, const RKp_BoxRun<P>& run) const {
+        const Short s = shorts();
+        __m128i t = shorten(S, S), e = _mm_setzero_si128();
+        const auto two = [&](__m128i behind, __m128i trailing, __m128i leading) {
+            __m128i d = _mm_sub_epi16(leading, behind);
+            if (kEdges) d = _mm_sll_epi16(d, s.shift);
+            t = _mm_add_epi16(_mm_unpackhi_epi64(t, t), _mm_add_epi16(d, _mm_slli_si128(d, 8)));
+            if (kEdges) e = _mm_add_epi16(trailing, leading);
+            return quotient<kEdges>(t, e, s);
+        };
+        int64_t i = 0;
+        for (; i + 4 <= run.places; i += 4) {
+            const __m128i behind = load4(run.behind + i), leading = load4(run.leading + i);
+            const __m128i trailing = kEdges ? load4(run.trailing + i) : behind;
+            const __m128i low = two(low16(behind), low16(trailing), low16(leading));
+            const __m128i high = two(high16(behind), high16(trailing), high16(leading));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(run.out + i),
+                             masked(_mm_packus_epi16(low, high), run.centre + i));
+        }
+        for (; i < run.places; ++i) {
+            const __m128i none = _mm_setzero_si128();
+            const auto second = [&](const P* p) { return _mm_unpacklo_epi64(none, read(p + i)); };
+            const __m128i q = two(second(run.behind), second(run.trailing), second(run.leading));
+            const __m128i bytes = _mm_packus_epi16(_mm_unpackhi_epi64(q, q), none);
+            keep(static_cast<uint32_t>(_mm_cvtsi128_si32(bytes)), run.centre + i, run.out + i);
+        }
+        S = lengthen<kEdges>(_mm_unpackhi_epi64(t, t), _mm_unpackhi_epi64(e, e));
+        return true;
+    }
+
+    // Four lines in two vectors.
+    template <bool kEdges>
+    bool runColumns(Sums* S, const RKp_BoxRun<P>& run) const {
+        const Short s = shorts();
+        __m128i t[RKp_kBoxBlock / 2];
+        for (int32_t j = 0; j < run.lines; j += 2) t[j / 2] = shorten(S[j], S[j + 1]);
+        const P *behind = run.behind, *trailing = run.trailing, *leading = run.leading, *centre = run.centre;
+        P* out = run.out;
+        for (int64_t i = 0; i < run.places; ++i) {
+            RKp_Prefetch(leading, run.in_step, run.lines);
+            RKp_Prefetch(out, run.out_step, run.lines);
+            for (int32_t j = 0; j < run.lines; j += 4) {
+                const __m128i b = load4(behind + j), l = load4(leading + j),
+                              f = kEdges ? load4(trailing + j) : b;
+                const auto two = [&](__m128i behind2, __m128i trailing2, __m128i leading2, __m128i& sums) {
+                    __m128i d = _mm_sub_epi16(leading2, behind2);
+                    if (kEdges) d = _mm_sll_epi16(d, s.shift);
+                    sums = _mm_add_epi16(sums, d);
+                    return quotient<kEdges>(sums, kEdges ? _mm_add_epi16(trailing2, leading2) : d, s);
+                };
+                const __m128i low = two(low16(b), low16(f), low16(l), t[j / 2]);
+                const __m128i high = two(high16(b), high16(f), high16(l), t[j / 2 + 1]);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + j),
+                                 masked(_mm_packus_epi16(low, high), centre + j));
+            }
+            behind += run.in_step, trailing += run.in_step, leading += run.in_step, centre += run.in_step;
+            out += run.out_step;
+        }
+        for (int32_t j = 0; j < run.lines; ++j) {
+            const __m128i e =
+                _mm_add_epi16(read(trailing - run.in_step + j), read(leading - run.in_step + j));
+            S[j] = lengthen<kEdges>(j % 2 == 0 ? t[j / 2] : _mm_unpackhi_epi64(t[j / 2], t[j / 2]), e);
+        }
+        return true;
+    }
+
+    int32_t f_, shift_;
+    __m128i edge_;
+    uint32_t mask_ = 0;
+    int32_t multiplier_ = 0, multiplier_shift_ = 0, half_ = 0;
+};
+
+}  // namespace
+
+template <>
+void RKp_BoxPass_SSE2(const RKp_BoxStage<RK_Pixel8>& stage) {
+    RKp_GuardBoxVectors(stage.divide);
+    // Beyond, numerators do not fit.
+    if (stage.reach > RKp_kBoxNarrowReach) return RKp_BoxPass(stage);
+    if ((stage.flags & RK_kBlurAllChannels) == RK_kBlurAllChannels)
+        RKp_WalkBox(stage, Lanes<true>(stage.reach, stage.radius, stage.flags));
+    else
+        RKp_WalkBox(stage, Lanes<false>(stage.reach, stage.radius, stage.flags));
+}
