@@ -10,6 +10,8 @@ int RunTransform(const std::vector<std::string>& arguments);
 int RunResize(const std::vector<std::string>& arguments);
 int RunHalve(const std::vector<std::string>& arguments);
 int RunBoxMean(const std::vector<std::string>& arguments);
+int RunConvolve(const std::vector<std::string>& arguments);
+int RunCrossfade(const std::vector<std::string>& arguments);
 int RunModes(const std::vector<std::string>& arguments);
 int RunSlots(const std::vector<std::string>& arguments);
 int RunInfo(const std::vector<std::string>& arguments);

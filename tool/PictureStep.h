@@ -13,8 +13,8 @@ constexpr const char* kJpegQuality = "--jpeg-quality";
 constexpr const char* kExitLine =
     "\n\nExit status: 0 good, 1 failed, 2 misuse. The result appears whole or not at all.";
 
-// `size` is asked before anything is decoded, and SameSize serves where it stays; `draw` gets a cleared world of that
-// size.
+// `size` is asked before anything is decoded, and SameSize serves where it stays; `draw` gets a cleared world
+// of that size.
 struct PictureStep {
     std::string name;  // "resizing", for the progress bar
     std::function<Size(const PictureFile& in, int depth)> size;
