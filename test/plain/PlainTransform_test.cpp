@@ -101,9 +101,30 @@ struct Guards {
     }
 };
 
+// Shows the last columns and rows of a source that is longer than positions reach.
+std::vector<GEO_Matrix3> farSeries(test::Random& r, const RK_LayerDef& src, bool moves) {
+    std::vector<GEO_Matrix3> v;
+    GEO_Matrix3 m = {{{1.0625, amountOf(r, 0.01), 0}, {amountOf(r, 0.01), 1.25, 0}, {0, 0, 1}}};
+    if (r.below(4) == 0) m.m[0][0] = m.m[1][1] = 0.4375;
+    if (r.below(4) == 0) m.m[0][0] = -m.m[0][0];
+    if (r.below(3) == 0) m.m[0][1] = m.m[1][0] = 0;
+    const double x = std::min(src.width, 32767) - 8 - amountOf(r, 10);
+    const double y = std::min(src.height, 32767) - 8 - amountOf(r, 10);
+    for (int i = 0; i < (moves ? 4 : 1); ++i) {
+        m.m[2][0] = 6 + i - x * m.m[0][0] - y * m.m[1][0];
+        m.m[2][1] = 6 + i * 0.5 - x * m.m[0][1] - y * m.m[1][1];
+        v.push_back(m);
+    }
+    return v;
+}
+
 template <class P>
-void transformOne(test::Random& r, Guards& guards, bool moves, int xfer) {
-    const int width = side(r), height = side(r);
+void transformOne(test::Random& r, Guards& guards, bool moves, int xfer, bool far = false) {
+    int width = side(r), height = side(r);
+    if (far) {
+        width = height = 12;
+        (r.below(2) == 0 ? width : height) = 32740 + static_cast<int>(r.below(60));
+    }
     // At float now and then with infinities and what is no number.
     const bool wild = r.below(4) == 0;
     World<P> src = test::sampleWorld<P>(r, width, height), mask_world(r, side(r), side(r), wild);
@@ -116,7 +137,8 @@ void transformOne(test::Random& r, Guards& guards, bool moves, int xfer) {
     const GEO_Rect rect = randomRect(r, dst.record.width, dst.record.height);
     const bool best = r.below(3) != 0, src2dst = r.below(2) == 0;
     const int field = r.below(2) == 0 ? 0 : static_cast<int>(r.below(4));
-    std::vector<GEO_Matrix3> matrices = seriesOf(r, placementOf(r, src.record, dst.record), moves);
+    std::vector<GEO_Matrix3> matrices =
+        far ? farSeries(r, src.record, moves) : seriesOf(r, placementOf(r, src.record, dst.record), moves);
     if (!src2dst)
         for (GEO_Matrix3& m : matrices) GEO_InverseMatrixQuiet(&m, &m);
 
@@ -193,6 +215,21 @@ TEST(TransformsAgainstPlain, AtRestAtFloat) { transformMany<RK_PixelFloat>(false
 TEST(TransformsAgainstPlain, InMotionAt8Bits) { transformMany<RK_Pixel8>(true); }
 TEST(TransformsAgainstPlain, InMotionAt16Bits) { transformMany<RK_Pixel16>(true); }
 TEST(TransformsAgainstPlain, InMotionAtFloat) { transformMany<RK_PixelFloat>(true); }
+
+// Rows whose positions leave 16 bits, and wrap.
+template <class P>
+void transformFar() {
+    test::Random r(sizeof(P) + 80);
+    Guards guards;
+    const int count = test::amount(60);
+    for (int i = 0; i < count && !testing::Test::HasFatalFailure(); ++i)
+        transformOne<P>(r, guards, i % 3 == 0, i % 2 == 0 ? RK_Xfer_Copy : RK_Xfer_Over, true);
+}
+TEST(TransformsAgainstPlain, BeyondTheReachOfPositions) {
+    transformFar<RK_Pixel8>();
+    transformFar<RK_Pixel16>();
+    transformFar<RK_PixelFloat>();
+}
 
 // ---- What a replaced body is told -----------------------------------------------------------------------
 

@@ -109,6 +109,34 @@ TEST(AreaSample, ThePremultipliedFormWithoutAnAreaGivesTheZeroPixel) {
     EXPECT_EQ(0, s.sample(RK_AreaSample_Premul, 1.5, 1.5).alpha);
 }
 
+// The tests for zero look at sums that are not rounded yet.
+TEST(AreaSample, AnAlphaThatRoundsToZeroKeepsItsColour) {
+    Source<RK_Pixel8> s8(4, 4, 2, 2);
+    s8.picture.at(1, 1) = {7, 200, 100, 50};
+    for (RK_Sampler<RK_Pixel8>* const sampler : {RKp_AreaSample8_Static, RKp_AreaSample8_Portable})
+        EXPECT_TRUE(test::sameBytes(RK_Pixel8{0, 200, 100, 50}, s8.sample(sampler, 1.5, 1.5)));
+    // The integers of the premultiplied form divide first.
+    EXPECT_TRUE(test::sameBytes(RK_Pixel8{}, s8.sample(RK_AreaSample_Premul, 1.5, 1.5)));
+    Source<RK_Pixel16> s16(4, 4, 2, 2);
+    s16.picture.at(1, 1) = {7, 20000, 100, 50};
+    for (RK_Sampler<RK_Pixel16>* const sampler : {RKp_AreaSample16_Static, RKp_AreaSample16_Portable})
+        EXPECT_TRUE(test::sameBytes(RK_Pixel16{0, 20000, 100, 50}, s16.sample(sampler, 1.5, 1.5)));
+}
+
+// Half of alpha 2 and half of 3: slot 5 without SSE2 takes the even one, the others go up.
+TEST(AreaSample, TiesRoundToEvenUpOrAwayByForm) {
+    Source<RK_Pixel8> s8(2, 2, 1, 1);
+    s8.picture.fill({2, 10, 10, 10});
+    s8.picture.at(0, 0) = s8.picture.at(1, 0) = {3, 10, 10, 10};
+    EXPECT_EQ(2, s8.sample(RKp_AreaSample8_Static, 0.5, 0.5).alpha);
+    EXPECT_EQ(3, s8.sample(RKp_AreaSample8_Portable, 0.5, 0.5).alpha);
+    Source<RK_Pixel16> s16(2, 2, 1, 1);
+    s16.picture.fill({2, 10, 10, 10});
+    s16.picture.at(0, 0) = s16.picture.at(1, 0) = {3, 10, 10, 10};
+    EXPECT_EQ(3, s16.sample(RKp_AreaSample16_Static, 0.5, 0.5).alpha);
+    EXPECT_EQ(3, s16.sample(RKp_AreaSample16_Portable, 0.5, 0.5).alpha);
+}
+
 TEST(AreaSample, HugeRadiiAndNonsenseSizesAreSafe) {
     Source<RK_Pixel8> s(3, 3, 1, 1);
     s.picture.fill({255, 7, 7, 7});

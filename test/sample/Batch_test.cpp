@@ -82,6 +82,38 @@ TEST(Batch, EverySlotHoldsItsScanAndSamplesAlike) {
     }
 }
 
+TEST(Batch, ANothingOfASampleLeavesAPartDestination) {
+    Row8 row;
+    row.picture.fill({0, 100, 100, 100});
+    EXPECT_TRUE(test::sameBytes(RK_Pixel8{128, 200, 100, 0}, row.run({128, 200, 100, 0})));
+    EXPECT_TRUE(test::sameBytes(RK_Pixel8{}, row.run({0, 200, 100, 0})));
+}
+
+// Sums of 32768 * 32768 for each sample do not fit 32 bits.
+TEST(Batch, ManyOpaqueSamplesAt16BitsAddUp) {
+    test::Picture<RK_Pixel16> source(4, 4);
+    source.fill({32768, 32768, 12345, 1});
+    const RK_LayerDef record = source.record();
+    RK_SampPB pb{};
+    pb.src = &record;
+    pb.motion_samples = 200;
+    pb.comp_mode = {RK_Xfer_Behind, 0, 255, 0, 32768};
+    const int32_t line[4] = {0, 0, 0x20000, 0x20000}, steps[4] = {0, 0, 0, 0};
+    RK_Pixel16 out = {0, 9, 9, 9};
+    EXPECT_EQ(0, RKp_BehindNearest16(nullptr, 1, line, steps, &pb, &out));
+    EXPECT_TRUE(test::sameBytes(RK_Pixel16{32768, 32768, 12345, 1}, out));
+}
+
+TEST(Batch, ACountBelowOneDoesNothing) {
+    Row8 row;
+    RK_Pixel8 out = {0, 1, 2, 3};
+    const int32_t line[4] = {0, 0, 0, 0}, steps[4] = {0, 0, 0, 0};
+    for (const int16_t count : {int16_t{0}, int16_t{-7}}) {
+        EXPECT_EQ(0, RKp_BehindNearest(nullptr, count, line, steps, &row.pb, &out));
+        EXPECT_TRUE(test::sameBytes(RK_Pixel8{0, 1, 2, 3}, out));
+    }
+}
+
 TEST(Batch, PixelsAdvanceAlongTheSteps) {
     Row8 row;
     row.pb.motion_samples = 1;
