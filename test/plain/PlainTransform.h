@@ -150,6 +150,7 @@ P bestSample(const TransformCall& call, const Pose& pose, bool area, int32_t x, 
     pb.y_radius = pose.y_radius;
     return sampled(x, y, pb, area, call.sse2, static_cast<P*>(nullptr));
 }
+// At rest the half pixel is part of the position, which wraps.
 template <class P>
 P draftSample(const RK_LayerDef& src, int32_t x, int32_t y) {
     const int32_t column = wrap(int64_t{x} + 0x8000) >> 16, row = wrap(int64_t{y} + 0x8000) >> 16;
@@ -206,7 +207,7 @@ std::vector<P> linearRow(const TransformCall& call, const Pose& first, const Pos
         for (int k = 0; k < samples; ++k) {
             const int32_t sx = wrap(x + k * step_x), sy = wrap(y + k * step_y);
             if (!call.best)
-                sums.add(draftSample<P>(*call.src, sx, sy));
+                sums.add(nearest<P>(sx, sy, *call.src));
             else if (prepared && Neighbours<P>(*call.src, sx, sy).all_inside)
                 sums.add(bilinearClipped<P>(sx, sy, *call.src, Weights<double>(sx, sy).w));
             else

@@ -221,7 +221,7 @@ template <class P>
 void transformFar() {
     test::Random r(sizeof(P) + 80);
     Guards guards;
-    const int count = test::amount(60);
+    const int count = test::amount(24);
     for (int i = 0; i < count && !testing::Test::HasFatalFailure(); ++i)
         transformOne<P>(r, guards, i % 3 == 0, i % 2 == 0 ? RK_Xfer_Copy : RK_Xfer_Over, true);
 }
