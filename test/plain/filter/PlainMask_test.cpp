@@ -65,14 +65,18 @@ TEST(MasksAgainstPlain, FillsAreEqual) {
 
 TEST(MasksAgainstPlain, FadesAndInversionsAreEqual) {
     Random r(2);
+    // Halves of a step of either depth among them.
     static const float parts[] = {0.0f,
                                   1.0f,
                                   0.5f,
+                                  16384.5f / 32768.0f,
                                   -0.5f,
                                   2.0f,
                                   1e9f,
+                                  3.5f / 32768.0f,
                                   -1e30f,
                                   1e-39f,
+                                  63.5f / 255.0f,
                                   std::numeric_limits<float>::quiet_NaN(),
                                   std::numeric_limits<float>::infinity()};
     static const int32_t fixed[] = {0,       1,       0x8000, 0x7F7F,    0xFFFF,   0x10000,
@@ -83,7 +87,7 @@ TEST(MasksAgainstPlain, FadesAndInversionsAreEqual) {
         Mask expected = before;
         Buffer got(before);
         const uint32_t kind = r.below(3);
-        const float part = r.below(3) == 0 ? parts[r.below(10)] : r.unit();
+        const float part = r.below(3) == 0 ? parts[r.below(13)] : r.unit();
         const int32_t amount = r.below(3) == 0 ? fixed[r.below(11)] : static_cast<int32_t>(r.below(0x10001));
         if (kind == 0) {
             ASSERT_EQ(RK_FadeUnoBuffer(nullptr, part, &got.uno), 0);
@@ -113,8 +117,9 @@ int modeOf(Random& r) {
     return mode == 0 ? -1 : mode == 8 ? others[r.below(6)] : mode;
 }
 float shareOf(Random& r) {
-    static const float special[] = {0.0f, 1.0f, 1.0f, 1.0f, 0.5f, 0.002f, 0.998f, 1e-39f};
-    return r.below(2) == 0 ? special[r.below(8)] : r.unit();
+    static const float special[] = {
+        0.0f, 1.0f, 1.0f, 1.0f, 0.5f, 0.002f, 0.998f, 1e-39f, 16384.5f / 32768.0f, 32767.5f / 32768.0f};
+    return r.below(2) == 0 ? special[r.below(10)] : r.unit();
 }
 // A mask of a size that the passes spread over threads, now and then.
 Mask maskOf(Random& r, int depth, bool wild) {
