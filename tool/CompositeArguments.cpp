@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kJpegQuality = "--quality";
 
 // clang-format off
-constexpr const char* kFooter = R"(
+constexpr const char kFooterText[] = R"(
 The command line is read from left to right. Options after BACK FRONT belong to
 FRONT. An --over FRONT2 begins a further layer, laid onto the result so far, and
 the options after it belong to FRONT2; and so on, any number of times. What
@@ -45,7 +45,8 @@ Examples:
       --over samples/paint.png --at -40,30 --mode multiply
   rk composite - samples/paint.png -o - --format png <samples/coffee.png >out.png
 
-Exit status: 0 good, 1 failed, 2 misuse. The result appears whole or not at all.)" + 1;
+Exit status: 0 good, 1 failed, 2 misuse. The result appears whole or not at all.)";
+constexpr const char* kFooter = &kFooterText[1];  // after the first line's end
 // clang-format on
 
 // The options as they were typed.

@@ -16,7 +16,7 @@ namespace {
 constexpr const char* kJpegQuality = "--jpeg-quality";
 
 // clang-format off
-constexpr const char* kFooter = R"(
+constexpr const char kFooterText[] = R"(
 IN is scaled and turned about its anchor, then moved. Places count in pixels of
 IN, right and down from its top left corner. Without --anchor the anchor is the
 middle of IN, so that without --translate the middle stays where it is.
@@ -48,7 +48,8 @@ Examples:
   rk transform samples/paint.png -o out.png --onto samples/coffee.png \
       --motion "0:rotate=0,x=0,y=20; 1:rotate=40,x=160" --shutter 360 --samples 32
 
-Exit status: 0 good, 1 failed, 2 misuse. The result appears whole or not at all.)" + 1;
+Exit status: 0 good, 1 failed, 2 misuse. The result appears whole or not at all.)";
+constexpr const char* kFooter = &kFooterText[1];  // after the first line's end
 // clang-format on
 
 // The options as they were typed.

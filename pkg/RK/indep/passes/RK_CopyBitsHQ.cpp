@@ -37,7 +37,7 @@ int32_t low32(int64_t v) { return static_cast<int32_t>(static_cast<uint32_t>(sta
 struct Axis {
     Axis(int32_t src_low, int64_t src_size, int32_t& dst_low, int64_t dst_size)
         : step(low32((src_size << 16) / dst_size)) {
-        int64_t first = (int64_t{src_low} << 16) + step / 2 - 32768;
+        int64_t first = int64_t{src_low} * 65536 + step / 2 - 32768;
         if (dst_low < 0) {
             first += -int64_t{dst_low} * step;
             dst_low = 0;

@@ -10,7 +10,7 @@ enum Sides { kNone = 0, kFirst = 1, kSecond = 2, kBoth = 3 };
 // By the whole coordinate, against a source of `size` pixels.
 Sides sidesInside(int32_t x, int32_t size) {
     if (x > 0) {
-        const int64_t last = (int64_t{size} - 1) << 16;
+        const int64_t last = (int64_t{size} - 1) * 65536;
         if (x < last) return kBoth;
         return last <= int64_t{x} - 0x10000 ? kNone : kFirst;
     }
