@@ -73,9 +73,9 @@ struct Merge {
     static RK_Long one(void* refcon, RK_Long thread, RK_Long i, RK_Long) {
         return RKp_AtBorder([&] {
             const Merge& all = *static_cast<const Merge*>(refcon);
-            const RK_ProgressInfo* progress = all.progress;
-            if (thread == 0 && progress != nullptr && progress->abort_func != nullptr)
-                RKp_ThrowIf(progress->abort_func(progress->refcon));
+            const RK_ProgressInfo* info = all.progress;
+            if (thread == 0 && info != nullptr && info->abort_func != nullptr)
+                RKp_ThrowIf(info->abort_func(info->refcon));
             all.row(all.area.top + static_cast<int32_t>(i));
         });
     }
