@@ -50,6 +50,13 @@ RK_MaskKind MatteKindOf(const std::string& text) {
     Misuse("--matte-kind " + OneLine(text) + ": alpha, inverted-alpha, luma or inverted-luma is wanted");
 }
 
+RK_Long FieldOf(const std::string& option, const std::string& text) {
+    if (text.empty() || text == "both") return RK_kBothFields;
+    if (text == "upper" || text == "even") return RK_kEvenField;
+    if (text == "lower" || text == "odd") return RK_kOddField;
+    Misuse(option + " " + OneLine(text) + ": upper, lower or both is wanted (even or odd are the same rows)");
+}
+
 RK_Pixel8 ColourOf(const std::string& text) {
     if (text == "black") return {255, 0, 0, 0};
     if (text == "white") return {255, 255, 255, 255};

@@ -23,6 +23,8 @@ Place PlaceOf(const std::string& option, const std::string& text, int32_t low, i
 Size SizeOf(const std::string& option, const std::string& text);
 RK_MaskKind MatteKindOf(const std::string& text);
 RK_Pixel8 ColourOf(const std::string& text);
+// upper or even, lower or odd, both or empty.
+RK_Long FieldOf(const std::string& option, const std::string& text);
 
 // The parts of a text between separators; one more than there are separators.
 std::vector<std::string> Parts(const std::string& text, char separator);

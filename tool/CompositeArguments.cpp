@@ -72,8 +72,8 @@ class Group {
             ->type_name("KIND");
         app.add_option("--matte-at", layer.matte_at, "Where the matte's top left corner lies (0,0)")
             ->type_name("X,Y");
-        app.add_option("--field", layer.field, "Only the even or the odd rows of BACK")
-            ->type_name("even|odd");
+        app.add_option("--field", layer.field, "Only the even rows of BACK (upper), or the odd ones (both)")
+            ->type_name("upper|lower|both");
         app.add_flag("--rgb-only", layer.rgb_only,
                      "Keep the alpha of what lies below, in the modes that allow it");
         app.add_option("--seed", layer.seed, "Seed of dissolve (0)")->type_name("N");
@@ -103,13 +103,7 @@ LayerArguments LayerOf(const std::string& front, const LayerText& text) {
     }
     layer.matte_kind = MatteKindOf(text.matte_kind);
     if (!text.matte_at.empty()) layer.matte_at = PlaceOf("--matte-at", text.matte_at, -32768, 32767);
-    if (text.field == "even") {
-        layer.field = RK_kEvenField;
-    } else if (text.field == "odd") {
-        layer.field = RK_kOddField;
-    } else if (!text.field.empty()) {
-        Misuse("--field " + OneLine(text.field) + ": even or odd is wanted");
-    }
+    layer.field = FieldOf("--field", text.field);
     layer.rgb_only = text.rgb_only;
     if (!text.seed.empty()) {
         layer.seed = Whole("--seed", text.seed, std::numeric_limits<int32_t>::min(), kFarthest);

@@ -32,7 +32,7 @@ int RunConvolve(const std::vector<std::string>& words) {
             "Examples:\n"
             "  rk convolve samples/cat.png -o out.png --kernel sharpen\n"
             "  rk convolve samples/paint.png -o out.png --kernel gauss:4.5 --alpha\n"
-            "  printf '-2 -1 0 -1 1 1 0 1 2' > emboss.txt\n"
+            "  printf -- '-2 -1 0 -1 1 1 0 1 2' > emboss.txt\n"
             "  rk convolve samples/coffee.png -o out.png --kernel emboss.txt --normalise") +
         kExitLine);
     ResultArguments result;
@@ -69,13 +69,14 @@ int RunCrossfade(const std::vector<std::string>& words) {
     app.add_option("B", b, "The picture at 1")->required();
     app.add_option("--at", at, "From 0, all of A, to 1, all of B")->type_name("T")->required();
     app.add_flag("--premultiplied", premultiplied, "Mix channel by channel, without regard to alpha");
-    app.footer(
-        std::string("Colours are weighted by their alphas, so that what is transparent lends no colour.\n"
-                    "--premultiplied is for pictures whose numbers are premultiplied already.\n"
-                    "\n"
-                    "Example:\n"
-                    "  rk crossfade samples/coffee.png samples/galaxies.jpg -o out.png --at 0.4") +
-        kExitLine);
+    app.footer(std::string(
+                   "Colours are weighted by their alphas, so that what is transparent lends no colour.\n"
+                   "--premultiplied is for pictures whose numbers are premultiplied already.\n"
+                   "\n"
+                   "Examples:\n"
+                   "  rk crossfade samples/coffee.png samples/galaxies.jpg -o out.png --at 0.4\n"
+                   "  rk crossfade samples/heart.png samples/paint.png -o out.png --at 0.5 --premultiplied") +
+               kExitLine);
     ResultText text;
     AddResultOptions(app, text, kJpegQuality);
     if (!Parse(app, words)) return kExitGood;

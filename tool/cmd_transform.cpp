@@ -1,179 +1,20 @@
 // rk transform: a picture turned, scaled and moved, still or blurred by its motion.
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <nlohmann/json.hpp>
 
-#include "ArgumentWords.h"
 #include "Command.h"
 #include "Failure.h"
-#include "ModeNames.h"
-#include "Poses.h"
-#include "RK/indep/sample/RK_TransformWorld.h"
-#include "ResultArguments.h"
+#include "TransformArguments.h"
 
 namespace {
 
-constexpr const char* kJpegQuality = "--jpeg-quality";
+using Clock = std::chrono::steady_clock;
 
-// clang-format off
-constexpr const char kFooterText[] = R"(
-IN is scaled and turned about its anchor, then moved. Places count in pixels of
-IN, right and down from its top left corner. Without --anchor the anchor is the
-middle of IN, so that without --translate the middle stays where it is.
-Positive degrees turn clockwise; a negative scale mirrors.
-
---matrix gives all of that as nine numbers, row after row. A place is a row: it
-goes to (x y 1) times the matrix, divided by the third number, so that the shift
-stands in the third row. A perspective is approximated by its linear part.
-
-Without --onto the result is as large as IN, or as --size says, and transparent
-where IN does not reach. With --onto it is as large as BACK.
-
-KEYS of --motion are poses in time, with a semicolon between them:
-  TIME:NAME=VALUE,NAME=VALUE; TIME:NAME=VALUE; ...
-TIME counts in frames and rises. NAME is rotate, scale, sx, sy, x or y: degrees,
-factors (both, across, down) and a shift. What a key does not name stays as it
-was in the key before; the first starts from --rotate, --scale and --translate.
-Between keys the pose moves on straight lines; outside them it rests. The
-shutter opens at time 0, for 180 of 360 degrees of a frame unless --shutter says
-otherwise, and N poses of that time (16) are laid out evenly. The motion of a
-picture that only slides or grows is drawn from the first pose to the last.
-
-Examples:
-  rk transform samples/cat.png -o out.png --rotate 30 --scale 0.8
-  rk transform samples/paint.png -o out.png --onto samples/coffee.png \
-      --rotate -20 --scale 1.5,1.2 --translate 150,30 --mode multiply
-  rk transform samples/cat.png -o out.tif --matrix 1,0.2,0,0,1,0,0,0,1 \
-      --size 500x400 --depth 16
-  rk transform samples/paint.png -o out.png --onto samples/coffee.png \
-      --motion "0:rotate=0,x=0,y=20; 1:rotate=40,x=160" --shutter 360 --samples 32
-
-Exit status: 0 good, 1 failed, 2 misuse. The result appears whole or not at all.)";
-constexpr const char* kFooter = &kFooterText[1];  // after the first line's end
-// clang-format on
-
-// The options as they were typed.
-struct TransformText {
-    std::string in, rotate, scale, translate, anchor, matrix, size, motion, shutter, samples;
-    std::string onto, mode = "over", opacity = "1", matte, matte_kind, matte_at, quality = "best";
-};
-
-void AddOptions(CLI::App& app, TransformText& text) {
-    app.add_option("IN", text.in, "The picture; - is standard input")->required();
-    app.option_defaults()->group("Geometry");
-    app.add_option("--rotate", text.rotate, "Clockwise (0)")->type_name("DEG");
-    app.add_option("--scale", text.scale, "Factors across and down (1)")->type_name("SX[,SY]");
-    app.add_option("--translate", text.translate, "Shift right and down (0,0)")->type_name("X,Y");
-    app.add_option("--anchor", text.anchor, "What the others turn about (the middle of IN)")
-        ->type_name("X,Y");
-    app.add_option("--matrix", text.matrix, "Nine numbers instead of the above")->type_name("a,b,..i");
-    app.add_option("--quality", text.quality, "draft takes nearest pixels; best filters (best)")
-        ->type_name("draft|best");
-    app.add_option("--size", text.size, "Size of the result without --onto (that of IN)")->type_name("WxH");
-    app.option_defaults()->group("Motion");
-    app.add_option("--motion", text.motion, "Poses in time, see below")->type_name("KEYS");
-    app.add_option("--shutter", text.shutter, "How long it is open; 360 is a frame (180)")->type_name("DEG");
-    app.add_option("--samples", text.samples, "Poses drawn, 2 to 256 (16)")->type_name("N");
-    app.option_defaults()->group("Laying on");
-    app.add_option("--onto", text.onto, "The picture below")->type_name("BACK");
-    app.add_option("--mode", text.mode, "Transfer mode (over); rk modes lists them")->type_name("NAME");
-    app.add_option("--opacity", text.opacity, "From 0 to 1 (1)")->type_name("N");
-    app.add_option("--matte", text.matte, "Picture that decides where IN shows")->type_name("FILE");
-    app.add_option("--matte-kind", text.matte_kind, "alpha, inverted-alpha, luma or inverted-luma (alpha)")
-        ->type_name("KIND");
-    app.add_option("--matte-at", text.matte_at, "Where the matte's top left corner lies in the result (0,0)")
-        ->type_name("X,Y");
-    app.footer(kFooter);
-}
-
-struct TransformArguments : ResultArguments {
-    std::string in, onto, matte;  // empty: none
-    Pose pose;
-    std::optional<GEO_Vector2T<double>> anchor;
-    std::optional<GEO_Matrix3> matrix;
-    std::optional<Size> size;
-    std::vector<Key> motion;
-    double open = 0.5;  // frames
-    int samples = 16;
-    const Mode* mode = nullptr;
-    double opacity = 1.0;
-    RK_MaskKind matte_kind = RK_kMaskAlpha;
-    Place matte_at;
-    RK_Long quality = RK_kBest;
-};
-
-// "A,B" as two numbers of the range.
-GEO_Vector2T<double> PairOf(const std::string& option, const std::string& text, double limit) {
-    const std::vector<std::string> parts = Parts(text, ',');
-    if (parts.size() != 2) Misuse(option + " " + OneLine(text) + ": two numbers X,Y are wanted");
-    return {Number(option, parts[0], -limit, limit), Number(option, parts[1], -limit, limit)};
-}
-
-GEO_Matrix3 MatrixOfText(const std::string& text) {
-    const std::vector<std::string> parts = Parts(text, ',');
-    if (parts.size() != 9)
-        Misuse("--matrix " + OneLine(text) + ": nine numbers a,b,c,d,e,f,g,h,i are wanted");
-    GEO_Matrix3 matrix;
-    for (size_t i = 0; i < parts.size(); ++i)
-        matrix.m[i / 3][i % 3] = Number("--matrix", parts[i], -1e6, 1e6);
-    return matrix;
-}
-
-void ReadGeometry(const TransformText& text, TransformArguments& out) {
-    const bool posed =
-        !(text.rotate.empty() && text.scale.empty() && text.translate.empty() && text.anchor.empty());
-    if (!text.matrix.empty()) {
-        if (posed || !text.motion.empty())
-            Misuse(
-                "--matrix stands for --rotate, --scale, --translate, --anchor and --motion: give it alone");
-        out.matrix = MatrixOfText(text.matrix);
-    }
-    if (!text.rotate.empty()) out.pose.rotate = Number("--rotate", text.rotate, -1e6, 1e6);
-    if (text.scale.find(',') != std::string::npos) {
-        const auto [sx, sy] = PairOf("--scale", text.scale, 1000);
-        out.pose.sx = sx;
-        out.pose.sy = sy;
-    } else if (!text.scale.empty()) {
-        out.pose.sx = out.pose.sy = Number("--scale", text.scale, -1000, 1000);
-    }
-    if (!text.translate.empty()) {
-        const auto [x, y] = PairOf("--translate", text.translate, 1e5);
-        out.pose.x = x;
-        out.pose.y = y;
-    }
-    if (!text.anchor.empty()) out.anchor = PairOf("--anchor", text.anchor, 1e5);
-    if (!text.size.empty()) {
-        if (!text.onto.empty()) Misuse("--size goes without --onto: the result is as large as BACK");
-        out.size = SizeOf("--size", text.size);
-    }
-    if (text.motion.empty()) {
-        if (!(text.shutter.empty() && text.samples.empty()))
-            Misuse("--shutter and --samples go with --motion KEYS");
-        return;
-    }
-    out.motion = KeysOf(text.motion, out.pose);
-    if (!text.shutter.empty()) out.open = Number("--shutter", text.shutter, 0, 3600) / 360;
-    if (!text.samples.empty()) out.samples = Whole("--samples", text.samples, 2, 256);
-}
-
-void ReadLaying(const TransformText& text, TransformArguments& out) {
-    out.mode = &ModeOfName(text.mode);
-    out.opacity = Number("--opacity", text.opacity, 0.0, 1.0);
-    if (text.matte.empty() && !(text.matte_kind.empty() && text.matte_at.empty()))
-        Misuse("--matte-kind and --matte-at go with --matte FILE");
-    if (text.matte.empty() && out.mode->number == RK_Xfer_MatteMix)
-        Misuse("the mode " + out.mode->name + " needs --matte FILE");
-    out.matte_kind = MatteKindOf(text.matte_kind);
-    if (!text.matte_at.empty()) out.matte_at = PlaceOf("--matte-at", text.matte_at, -32768, 32767);
-    if (text.quality != "draft" && text.quality != "best")
-        Misuse("--quality " + OneLine(text.quality) + ": draft or best is wanted");
-    out.quality = text.quality == "draft" ? RK_kDraft : RK_kBest;
-    out.in = text.in;
-    out.onto = text.onto;
-    out.matte = text.matte;
-    if ((text.in == "-") + (text.onto == "-") + (text.matte == "-") > 1)
-        Misuse("standard input (-) can be read once only");
-}
+double Seconds(Clock::duration time) { return std::chrono::duration<double>(time).count(); }
 
 class Transform {
   public:
@@ -182,6 +23,7 @@ class Transform {
         if (!arguments.onto.empty()) onto_ = OpenPicture(arguments.onto, arguments, depth_);
         if (!arguments.matte.empty()) matte_ = OpenPicture(arguments.matte, arguments, depth_);
         MakeMatrices();
+        CheckPlaces();
     }
 
     int Run() {
@@ -189,13 +31,23 @@ class Transform {
         const Library library;
         Progress progress(arguments_.quiet,
                           2 + (onto_ ? 1 : 0) + (matte_ ? 1 : 0) + DeliverStages(arguments_));
+        const Clock::time_point start = Clock::now();
         const WorldPtr in = Decode(*in_, progress);
         WorldPtr result = onto_ ? Decode(*onto_, progress) : Ground(in->record);
         const WorldPtr matte = matte_ ? Decode(*matte_, progress) : nullptr;
+        const Clock::time_point drawing = Clock::now();
         progress.Stage("drawing " + in_->Shown());
         Draw(*in, matte.get(), *result, progress);
         progress.Report(1, 1);
+        const Clock::time_point writing = Clock::now();
         Deliver(result, depth_, arguments_, out, progress);
+        const Clock::time_point end = Clock::now();
+        if (arguments_.json) {
+            PrintFigures(*result, {{"read", Seconds(drawing - start)},
+                                   {"draw", Seconds(writing - drawing)},
+                                   {"write", Seconds(end - writing)},
+                                   {"total", Seconds(end - start)}});
+        }
         return kExitGood;
     }
 
@@ -212,11 +64,82 @@ class Transform {
         } else {
             matrices_ = MotionOf(arguments_.motion, arguments_.open, arguments_.samples, anchor);
         }
-        for (const GEO_Matrix3& matrix : matrices_) {
+        const auto unseen = [](const GEO_Matrix3& matrix) {
+            // The library takes sides of less than half a 65536th for none.
+            const auto side = [](const double* row) {
+                return std::round(std::hypot(row[0], row[1]) * 65536);
+            };
             GEO_Matrix3 inverse;
-            if (GEO_InverseMatrixQuiet(&matrix, &inverse) != 0)
-                Misuse(arguments_.matrix ? "--matrix has no inverse: nothing would show"
-                                         : "a scale of 0: nothing would show");
+            return GEO_InverseMatrixQuiet(&matrix, &inverse) != 0 || side(matrix.m[0]) == 0 ||
+                   side(matrix.m[1]) == 0;
+        };
+        if (std::none_of(matrices_.begin(), matrices_.end(), unseen)) return;
+        if (arguments_.matrix) Misuse("--matrix has no inverse: nothing would show");
+        if (!arguments_.motion.empty())
+            Misuse(
+                "--motion: a pose has a scale of 0, which cannot be drawn: take a small one, or another "
+                "number of --samples");
+        Misuse("--scale 0: nothing would show");
+    }
+
+    // What IN may reach, over the whole series: half-open, cut to the result.
+    GEO_LRect Drawn() const {
+        const PictureInfo& info = in_->Info();
+        const Canvas canvas = ResultSize();
+        const auto edge = [](double v, int64_t most) {
+            return static_cast<int32_t>(std::clamp(std::isnan(v) ? 0.0 : v, 0.0, static_cast<double>(most)));
+        };
+        GEO_LRect drawn = {0, 0, 0, 0};
+        for (const GEO_Matrix3& matrix : matrices_) {
+            GEO_FloatRect box = {0, 0, static_cast<double>(info.width), static_cast<double>(info.height)};
+            GEO_TransformFloatRect(&matrix, &box, &box);
+            // What is turned or grows fades by up to a pixel more.
+            const double fade = KeepsEdges(matrix) ? 0 : 1;
+            const GEO_LRect part = {edge(std::floor(box.left) - fade, canvas.width),
+                                    edge(std::floor(box.top) - fade, canvas.height),
+                                    edge(std::ceil(box.right) + fade, canvas.width),
+                                    edge(std::ceil(box.bottom) + fade, canvas.height)};
+            if (part.left >= part.right || part.top >= part.bottom) continue;
+            const bool first = drawn.left >= drawn.right;
+            drawn = first ? part
+                          : GEO_LRect{std::min(drawn.left, part.left), std::min(drawn.top, part.top),
+                                      std::max(drawn.right, part.right), std::max(drawn.bottom, part.bottom)};
+        }
+        return drawn;
+    }
+    static bool KeepsEdges(const GEO_Matrix3& matrix) {
+        const auto& m = matrix.m;
+        return m[0][1] == 0 && m[1][0] == 0 && m[0][2] == 0 && m[1][2] == 0 && std::fabs(m[0][0]) <= 1 &&
+               std::fabs(m[1][1]) <= 1;
+    }
+
+    // The result's sides, of which nothing is decoded yet.
+    struct Canvas {
+        int64_t width, height;
+    };
+    Canvas ResultSize() const {
+        if (arguments_.size) return {arguments_.size->width, arguments_.size->height};
+        const PictureInfo& info = onto_ ? onto_->Info() : in_->Info();
+        return {info.width, info.height};
+    }
+
+    void CheckPlaces() const {
+        const GEO_LRect drawn = Drawn();
+        if (drawn.left >= drawn.right) {
+            const Canvas canvas = ResultSize();
+            Note(arguments_,
+                 fmt::format("{}: nothing of it lies on {}", in_->Shown(),
+                             onto_ ? onto_->Shown()
+                                   : fmt::format("the result of {}x{}", canvas.width, canvas.height)));
+            return;
+        }
+        if (!matte_ || (arguments_.matte_kind & 1u)) return;
+        const Place at = arguments_.matte_at;
+        const PictureInfo& matte = matte_->Info();
+        if (at.x >= drawn.right || at.y >= drawn.bottom || at.x + int64_t{matte.width} <= drawn.left ||
+            at.y + int64_t{matte.height} <= drawn.top) {
+            Fail(matte_->Shown(), fmt::format("the matte, at {},{}, does not overlap {}: nothing would show",
+                                              at.x, at.y, in_->Shown()));
         }
     }
 
@@ -243,10 +166,47 @@ class Transform {
         mask.mask_x = static_cast<int16_t>(arguments_.matte_at.x);
         mask.mask_y = static_cast<int16_t>(arguments_.matte_at.y);
         mask.mask_kind = arguments_.matte_kind;
-        CheckResult(RK_TransformWorld(progress.Info(), arguments_.quality, 0, RK_kBothFields, &in, &mode,
+        CheckResult(RK_TransformWorld(progress.Info(), arguments_.quality, 0, arguments_.field, &in, &mode,
                                       nullptr, matte ? &mask : nullptr, matrices_.data(),
                                       static_cast<RK_Long>(matrices_.size()), 1, nullptr, &result),
                     in_->Shown());
+    }
+
+    void PrintFigures(const RK_World& result, const nlohmann::ordered_json& seconds) const {
+        const GEO_LRect drawn = Drawn();
+        const auto nine = [](const GEO_Matrix3& matrix) {
+            nlohmann::ordered_json numbers;
+            for (const auto& row : matrix.m)
+                for (const double number : row) numbers.push_back(number + 0.0);  // no -0
+            return numbers;
+        };
+        nlohmann::ordered_json figures = {
+            {"output", arguments_.out},
+            {"format", arguments_.format->name},
+            {"width", result.record.width},
+            {"height", result.record.height},
+            {"depth", depth_ == 32 ? "float" : std::to_string(depth_)},
+            {"input",
+             {{"file", arguments_.in}, {"width", in_->Info().width}, {"height", in_->Info().height}}},
+        };
+        if (onto_) figures["onto"] = arguments_.onto;
+        if (matte_) figures["matte"] = arguments_.matte;
+        figures["mode"] = arguments_.mode->name;
+        figures["opacity"] = arguments_.opacity;
+        figures["quality"] = arguments_.quality == RK_kDraft ? "draft" : "best";
+        figures["field"] = arguments_.field == RK_kEvenField  ? "upper"
+                           : arguments_.field == RK_kOddField ? "lower"
+                                                              : "both";
+        figures["matrix"] = nine(matrices_.front());
+        if (matrices_.size() > 1) {
+            figures["last_matrix"] = nine(matrices_.back());
+            figures["samples"] = matrices_.size();
+        }
+        figures["drawn"] = {
+            {"left", drawn.left}, {"top", drawn.top}, {"right", drawn.right}, {"bottom", drawn.bottom}};
+        figures["seconds"] = seconds;
+        // A file name need not be text; what is not gets a replacement character.
+        Print(figures.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
     }
 
     const TransformArguments& arguments_;
@@ -258,19 +218,7 @@ class Transform {
 }  // namespace
 
 int RunTransform(const std::vector<std::string>& arguments) {
-    CLI::App app("Turns, scales and moves a picture.", "rk transform");
-    TransformText text;
-    ResultText result;
-    AddOptions(app, text);
-    AddResultOptions(app, result, kJpegQuality);
-    if (!Parse(app, arguments)) return kExitGood;
-    for (const CLI::Option* option : app.get_options()) {
-        if (option->count() > 0 && option->get_items_expected_max() > 0 && option->as<std::string>().empty())
-            Misuse(option->get_name() + ": a value is missing");
-    }
-    TransformArguments parsed;
-    ReadGeometry(text, parsed);
-    ReadLaying(text, parsed);
-    ReadResult(result, kJpegQuality, parsed);
-    return Transform(parsed).Run();
+    const std::optional<TransformArguments> parsed = ParseTransform(arguments);
+    if (!parsed) return kExitGood;
+    return Transform(*parsed).Run();
 }

@@ -217,7 +217,8 @@ class Help(ToolTest):
             page = file.read()
         texts = [self.good("--help").decode(), page] + [self.good(c, "--help").decode()
                                                         for c in ("composite", "transform", "resize", "halve", "boxmean",
-                                                                  "modes", "slots", "info")]
+                                                                  "convolve", "crossfade", "modes", "slots", "info")]
+        self.write("emboss.txt", b"-2 -1 0 -1 1 1 0 1 2")
         examples = set()
         for text in texts:
             for example in re.findall(r"^ *(rk (?:[^\n]*\\\n)*[^\n]*)$", text, re.M):

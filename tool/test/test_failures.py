@@ -100,7 +100,7 @@ class Words(Failing):
                 ((back, front, "--matte", self.matte, "--matte-kind", "lume"), "inverted-luma"),
                 ((back, front, "--matte", self.matte, "--matte-at", "40000,0"), "32767"),
                 ((back, front, "--mode", "matte-mix"), "--matte"),
-                ((back, front, "--field", "both"), "even or odd"), ((back, front, "--seed", "1.5"), "whole number"),
+                ((back, front, "--field", "left"), "upper, lower or both"), ((back, front, "--seed", "1.5"), "whole number"),
                 ((back, front, "--depth", "10"), "8, 16 or float"), ((back, front, "--format", "gif"), "png, jpeg"),
                 ((back, front, "--quality", "0"), "1 to 100"), ((back, front, "--flatten", "reddish"), "#rrggbb"),
                 ((back, front, "--flatten", "#12345g"), "#rrggbb"),

@@ -1,7 +1,8 @@
 """transform, resize, halve and boxmean: what they draw, and what they refuse."""
+import json
 import os
 
-from harness import ToolTest, main, png, read_png
+from harness import ToolTest, main, png, read_png, rk
 
 
 def flat(width, height, pixel):
@@ -106,6 +107,86 @@ class Transform(Geometry):
                 _, _, rows = self.made("transform", self.red, "--depth", depth, "--rotate", "0.5", *more)
                 self.assertEqual([v >> (0 if depth == "8" else 8) for v in rows[3][4]], [200, 40, 10, 255])
 
+    def test_a_field_is_every_other_row_of_the_result(self):
+        back = self.write("back.png", flat(20, 12, (0, 0, 255, 255)))
+        lay = ("transform", self.red, "--onto", back, "--scale", "1.3", "--rotate", "4")
+        whole, plain = self.made(*lay)[2], self.made("transform", back)[2]
+        for names, drawn in ((("upper", "even"), 0), (("lower", "odd"), 1)):
+            for name in names:
+                rows = self.made(*lay, "--field", name)[2]
+                self.assertEqual(rows, [(whole if y % 2 == drawn else plain)[y] for y in range(12)], name)
+        self.assertEqual(self.made(*lay, "--field", "both")[2], whole)
+
+    def test_every_kind_of_matte(self):
+        back = self.write("back.png", flat(9, 7, (0, 0, 255, 255)))
+        matte = self.write("matte.png", png(2, 1, [255, 255, 255, 255, 255, 255, 255, 0]))
+        shown = {}
+        for kind in ("alpha", "inverted-alpha", "luma", "inverted-luma"):
+            rows = self.made("transform", self.red, "--onto", back, "--matte", matte, "--matte-at", "4,3",
+                             "--matte-kind", kind)[2]
+            shown[kind] = {(x, y) for y in range(7) for x in range(9) if rows[y][x] == (200, 40, 10, 255)}
+        self.assertEqual((shown["alpha"], shown["luma"]), ({(4, 3)}, {(4, 3)}))
+        self.assertEqual(shown["inverted-alpha"], shown["inverted-luma"])
+        # Rows outside an inverted matte show all, and so do the columns beside it.
+        self.assertEqual(shown["inverted-alpha"], {(x, y) for y in range(7) for x in range(9)} - {(4, 3)})
+
+    def test_figures_as_json(self):
+        back = self.write("back.png", flat(20, 12, (0, 0, 255, 255)))
+        figures = json.loads(self.good("transform", self.red, "--onto", back, "--translate", "4,1", "--anchor", "0,0",
+                                       "--opacity", "0.5", "--field", "odd", "--json", "-o", self.out))
+        self.assertEqual({key: figures[key] for key in figures if key != "seconds"},
+                         {"output": self.out, "format": "PNG", "width": 20, "height": 12, "depth": "8",
+                          "input": {"file": self.red, "width": 9, "height": 7}, "onto": back, "mode": "over",
+                          "opacity": 0.5, "quality": "best", "field": "lower", "matrix": [1, 0, 0, 0, 1, 0, 4, 1, 1],
+                          "drawn": {"left": 4, "top": 1, "right": 13, "bottom": 8}})
+        self.assertEqual(list(figures["seconds"]), ["read", "draw", "write", "total"])
+        figures = json.loads(self.good("transform", self.red, "--motion", "0:x=0;1:x=8", "--shutter", "360", "--samples",
+                                       "5", "--matte", self.wide, "--json", "-o", self.out, "--quality", "draft"))
+        self.assertEqual((figures["samples"], figures["matrix"][6], figures["last_matrix"][6], figures["matte"],
+                          figures["quality"], figures["field"]), (5, 0, 8, self.wide, "draft", "both"))
+        self.assertEqual(figures["drawn"], {"left": 0, "top": 0, "right": 9, "bottom": 7})
+        self.assertIn("standard output", self.bad(2, "transform", self.red, "--json", "-o", "-", "--format", "png"))
+
+
+class Places(Geometry):
+    """What lies beside the result."""
+
+    def said(self, *words):
+        """What is said of a picture that is written all the same."""
+        done = rk("transform", *words, "-o", self.out)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertTrue(os.path.exists(self.out))
+        return done.stderr.decode()
+
+    def test_a_picture_beside_the_result_is_told_of_and_leaves_it_as_it_was(self):
+        back = self.write("back.png", flat(20, 12, (0, 0, 255, 255)))
+        for words in (("--translate", "20,0"), ("--translate", "-9,0"), ("--translate", "0,12"), ("--translate", "0,-7"),
+                      ("--motion", "0:x=40;1:x=90,rotate=20")):
+            self.assertEqual(self.said(self.red, "--onto", back, *words),
+                             "rk: note: %s: nothing of it lies on %s\n" % (self.red, back), words)
+            self.assertEqual(self.samples(self.out), self.samples(back))
+        self.assertEqual(self.said(self.red, "--translate", "9,0"),
+                         "rk: note: %s: nothing of it lies on the result of 9x7\n" % self.red)
+        self.assertEqual(set(self.samples(self.out)[3]), {0})
+        self.assertEqual(self.said(self.red, "--size", "30x40", "--translate", "50,0"),
+                         "rk: note: %s: nothing of it lies on the result of 30x40\n" % self.red)
+        self.assertEqual(self.said(self.red, "--translate", "9,0", "-q"), "")
+        figures = json.loads(rk("transform", self.red, "--translate", "9,0", "-q", "--json", "-o", self.out).stdout)
+        self.assertEqual(figures["drawn"], {"left": 0, "top": 0, "right": 0, "bottom": 0})
+
+    def test_what_touches_the_result_is_not_told_of(self):
+        for words in (("--translate", "8,0"), ("--translate", "-8.5,6"), ("--motion", "0:x=40;1:x=0", "--shutter", "360"),
+                      ("--scale", "3", "--translate", "17.9,0")):
+            self.assertEqual(self.said(self.red, *words), "", words)
+            alphas = self.samples(self.out)[3][3::4]
+            self.assertNotEqual(set(alphas), {0}, words)
+
+    def test_a_matte_beside_the_picture_is_refused_unless_it_is_inverted(self):
+        self.assertEqual(self.refused(1, "transform", self.red, "--size", "90x90", "--matte", self.dot, "--matte-at", "9,0"),
+                         "%s: the matte, at 9,0, does not overlap %s: nothing would show" % (self.dot, self.red))
+        self.made("transform", self.red, "--size", "90x90", "--matte", self.dot, "--matte-at", "9,0", "--matte-kind",
+                  "inverted-alpha")
+
 
 class Motion(Geometry):
     def test_a_motion_of_equal_poses_is_the_still_picture(self):
@@ -204,7 +285,8 @@ class Refusals(Geometry):
                 (m + ("0:x=1",), "two keys"), (m + ("",), "--motion"), (m + ("0:x=1;0:x=2",), "must rise"),
                 (m + ("0:x=1;1",), "TIME:NAME=VALUE"), (m + ("0:x;1:x=2",), "NAME=VALUE"),
                 (m + ("0:z=1;1:x=2",), "unknown"), (m + ("0:x=a;1:x=2",), "number"), (m + ("a:x=1;1:x=2",), "time"),
-                (m + ("0:scale=0;1:scale=1",), "nothing would show"), (m + ("0:;1:", "--samples", "1"), "2 to 256"),
+                (m + ("0:scale=0;1:scale=1",), "scale of 0"), (m + ("0:sx=1;1:sx=-1", "--shutter", "360", "--samples", "9"), "another number of --samples"),
+                (t + ("--scale", "1,0.000001"), "nothing would show"), (t + ("--field", "top"), "upper, lower or both"), (m + ("0:;1:", "--samples", "1"), "2 to 256"),
                 (m + ("0:;1:", "--shutter", "-1"), "--shutter"), (m + ("0:;1:", "--matrix", "1,0,0,0,1,0,0,0,1"), "alone"),
                 (("transform", "-", "--onto", "-"), "once"), (("transform",), "IN"),
                 (("resize", self.square), "--size"), (("resize", self.square, "--size", "50"), "50%"),
