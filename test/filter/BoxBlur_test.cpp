@@ -1,6 +1,9 @@
 #include "RK/indep/filter/RK_BoxBlur.h"
 
 #include <cmath>
+#include <limits>
+#include <utility>
+#include <vector>
 
 #include "RK/indep/frame/RKp_Globals.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
@@ -128,6 +131,321 @@ TYPED_TEST(BoxBlurDepth, AChannelThatIsNotNamedComesThroughEveryPassUnchanged) {
                     ASSERT_TRUE(test::sameBytes(want, dst(x, y))) << flags << " at " << x << "," << y;
                 }
         }
+}
+
+TEST_F(BoxBlur, AChannelThatIsNotNamedIsZeroWhereTheSourceHasNoPixel) {
+    Canvas<RK_Pixel8> src(4, 1), dst(12, 1);
+    src.picture.fill({200, 100, 50, 25});
+    dst.random(1).at(-4, 0);
+    Blur blur;
+    blur.flags = RK_kBlurAlpha | RK_kBlurRed;
+    for (const uint8_t copy : {0, 1}) {
+        blur.force_copy = copy;
+        EXPECT_EQ(0, blur(src, dst));
+        for (int x = 0; x < 12; ++x) {
+            EXPECT_EQ(dst(x, 0).green, x >= 4 && x < 8 ? 50 : 0) << x;
+            EXPECT_EQ(dst(x, 0).red > 0, x >= 2 && x < 10) << x;
+        }
+    }
+}
+
+// ---- Places ---------------------------------------------------------------------------------------------
+
+TYPED_TEST(BoxBlurDepth, LinesOutsideTheSourceBecomeZero) {
+    for (const bool columns : {false, true})
+        for (const int passes : {1, 2}) {
+            Canvas<TypeParam> src(6, 6), dst(30, 40);
+            src.random(1).at(100, -7);
+            dst.random(2).at(90, -20);
+            Blur blur;
+            blur.passes = passes;
+            EXPECT_EQ(0, blur.columns(columns)(src, dst));
+            EXPECT_TRUE(dst.picture.guardsWhole());
+            const TypeParam zero = {};
+            for (int y = 0; y < 40; ++y)
+                for (int x = 0; x < 30; ++x) {
+                    const int across = columns ? x - 10 : y - 13, along = columns ? y - 13 : x - 10;
+                    if (across < 0 || across >= 6 || along < -2 * passes || along >= 6 + 2 * passes) {
+                        ASSERT_TRUE(test::sameBytes(zero, dst(x, y))) << x << "," << y;
+                    }
+                }
+        }
+}
+
+TYPED_TEST(BoxBlurDepth, WorldsThatLieApartGiveZeros) {
+    for (const int32_t far : {50, -50, 1000000, INT32_MAX, INT32_MIN})
+        for (const bool across : {false, true})
+            for (const int32_t premultiplied : {0, 1}) {
+                Canvas<TypeParam> src(8, 8), dst(8, 8), zeros(8, 8);
+                src.random(1);
+                dst.random(2).at(across ? 0 : far, across ? far : 0);
+                Blur blur;
+                blur.passes = 3, blur.flags = 31,
+                blur.dst_premultiplied = blur.src_premultiplied = premultiplied;
+                EXPECT_EQ(0, blur(src, dst));
+                EXPECT_TRUE(dst.picture == zeros.picture);
+            }
+}
+
+// What the ranges cut off is what the destination cannot see.
+TEST_F(BoxBlur, APartIsThatPartOfTheWhole) {
+    for (const bool columns : {false, true})
+        for (const int passes : {1, 2, 4})
+            for (const float radius : {1.0f, 3.3f, 40.0f}) {
+                Canvas<RK_Pixel8> src(50, 45), whole(150, 145), part(23, 17);
+                src.random(1).at(40, 30);
+                whole.at(0, 0);
+                Blur blur;
+                blur.passes = passes, blur.radius = radius;
+                blur.columns(columns);
+                EXPECT_EQ(0, blur(src, whole));
+                for (const auto& [x0, y0] : {std::pair<int, int>{60, 40}, {0, 0}, {80, 66}, {30, 100}}) {
+                    part.random(7).at(x0, y0);
+                    EXPECT_EQ(0, blur(src, part));
+                    for (int y = 0; y < 17; ++y)
+                        for (int x = 0; x < 23; ++x)
+                            ASSERT_TRUE(test::sameBytes(whole(x0 + x, y0 + y), part(x, y)));
+                }
+            }
+}
+
+TEST_F(BoxBlur, ManyPassesAreManyBlursOfAWideEnoughWorld) {
+    for (const float radius : {0.7f, 2.0f, 5.5f}) {
+        Canvas<RK_Pixel8> src(40, 3), at_once(100, 3), a(100, 3), b(100, 3);
+        src.random(4).at(30, 0);
+        Blur blur;
+        blur.radius = radius, blur.passes = 3;
+        EXPECT_EQ(0, blur(src, at_once));
+        blur.passes = 1;
+        EXPECT_EQ(0, blur(src, a));
+        EXPECT_EQ(0, blur(a, b));
+        EXPECT_EQ(0, blur(b, a));
+        EXPECT_TRUE(at_once.picture == a.picture) << radius;
+    }
+}
+
+TYPED_TEST(BoxBlurDepth, ReadingRowsAndWritingColumnsTransposes) {
+    for (const int passes : {1, 2})
+        for (const uint32_t flags : {15u, 31u, 9u})
+            for (const int32_t premultiplied : {0, 1})
+                for (const auto& [width, height] : {std::pair<int, int>{70, 67}, {5, 90}, {130, 3}}) {
+                    Canvas<TypeParam> src(width, height), rows(width, height), columns(height, width);
+                    src.random(11);
+                    Blur blur;
+                    blur.radius = 3.5f, blur.passes = passes, blur.flags = flags;
+                    blur.dst_premultiplied = premultiplied;
+                    EXPECT_EQ(0, blur(src, rows));
+                    const Canvas<TypeParam> want = transposed(rows);
+                    blur.dst_direction = -1;  // any but 0
+                    EXPECT_EQ(0, blur(src, columns));
+                    EXPECT_TRUE(columns.picture == want.picture);
+                    // And columns of the transposed source, into columns and into rows.
+                    const Canvas<TypeParam> turned = transposed(src);
+                    columns.random(1), rows.random(1);
+                    blur.src_direction = 7;
+                    EXPECT_EQ(0, blur(turned, columns));
+                    EXPECT_TRUE(columns.picture == want.picture);
+                    blur.dst_direction = 0;
+                    EXPECT_EQ(0, blur(turned, rows));
+                    EXPECT_TRUE(transposed(rows).picture == want.picture);
+                }
+}
+
+TEST_F(BoxBlur, OriginsAreTakenOnEachWorldsOwnAxes) {
+    // Source rows: x runs along, y across. Destination columns: y runs along, x across.
+    Canvas<RK_Pixel8> src(9, 5), dst(7, 11);
+    src.random(1).at(100, 200);
+    dst.at(203, 98);
+    Blur blur;
+    blur.radius = 0, blur.dst_direction = 1;
+    EXPECT_EQ(0, blur(src, dst));
+    for (int y = 0; y < 11; ++y)
+        for (int x = 0; x < 7; ++x) {
+            const int sx = y - 2, sy = x + 3;
+            const bool inside = sx >= 0 && sx < 9 && sy >= 0 && sy < 5;
+            ASSERT_TRUE(test::sameBytes(inside ? src(sx, sy) : RK_Pixel8{}, dst(x, y))) << x << "," << y;
+        }
+}
+
+TYPED_TEST(BoxBlurDepth, RowsMayLieBackwardsInMemory) {
+    for (const bool columns : {false, true})
+        for (const int passes : {1, 2}) {
+            Canvas<TypeParam> src(31, 29), want(31, 29), got(31, 29), flipped(31, 29);
+            src.random(3);
+            for (int y = 0; y < 29; ++y)
+                for (int x = 0; x < 31; ++x) flipped(x, 28 - y) = src(x, y);
+            Blur blur;
+            blur.radius = 2.5f, blur.passes = passes;
+            blur.columns(columns);
+            EXPECT_EQ(0, blur(src, want));
+            for (Canvas<TypeParam>* canvas : {&flipped, &got}) {
+                canvas->world->record.data = canvas->picture.row(28);
+                canvas->world->record.rowbytes = -canvas->world->record.rowbytes;
+            }
+            EXPECT_EQ(0, blur(flipped, got));
+            for (int y = 0; y < 29; ++y)
+                for (int x = 0; x < 31; ++x) ASSERT_TRUE(test::sameBytes(want(x, y), got(x, 28 - y)));
+            EXPECT_TRUE(got.picture.guardsWhole());
+        }
+}
+
+TEST_F(BoxBlur, RowsMayBeginAtAnyByteAtDepth8) {
+    Canvas<RK_Pixel8> src(20, 9), want(20, 9);
+    src.random(5);
+    Blur blur;
+    EXPECT_EQ(0, blur(src, want));
+    std::vector<uint8_t> bytes(9 * 83), out(9 * 83, 0x55);
+    for (int y = 0; y < 9; ++y) std::memcpy(&bytes[size_t(y) * 83], &src(0, y), 80);
+    Canvas<RK_Pixel8> odd(20, 9), got(20, 9);
+    odd.world->record.data = bytes.data(), odd.world->record.rowbytes = 83;
+    got.world->record.data = out.data(), got.world->record.rowbytes = 83;
+    EXPECT_EQ(0, blur(odd, got));
+    for (int y = 0; y < 9; ++y) {
+        EXPECT_EQ(0, std::memcmp(&out[size_t(y) * 83], &want(0, y), 80)) << y;
+        EXPECT_EQ(out[size_t(y) * 83 + 80], 0x55);
+    }
+}
+
+TYPED_TEST(BoxBlurDepth, AWorldMayBeBlurredInPlaceThroughACopy) {
+    for (const bool columns : {false, true})
+        for (const int passes : {1, 2, 3})
+            for (const int32_t premultiplied : {0, 1}) {
+                Canvas<TypeParam> world(77, 71), want(77, 71);
+                world.random(8).at(5, 6);
+                want.at(5, 6);
+                Blur blur;
+                blur.radius = 4.25f, blur.passes = passes;
+                blur.src_premultiplied = blur.dst_premultiplied = premultiplied;
+                blur.columns(columns);
+                EXPECT_EQ(0, blur(world, want));
+                blur.force_copy = 1;
+                EXPECT_EQ(0, blur(world, world));
+                EXPECT_TRUE(world.picture == want.picture);
+            }
+}
+
+TYPED_TEST(BoxBlurDepth, TwoOneAxisBlursCommuteWithinOneUnit) {
+    const double unit = sizeof(TypeParam) == 16 ? 1e-6 : 1;
+    for (const int passes : {1, 2}) {
+        Canvas<TypeParam> src(64, 48), rows(64, 48), columns(64, 48), a(64, 48), b(64, 48);
+        src.random(9);
+        Blur blur;
+        blur.radius = 3.5f, blur.passes = passes;
+        EXPECT_EQ(0, blur(src, rows));
+        EXPECT_EQ(0, blur.columns()(rows, a));
+        EXPECT_EQ(0, blur(src, columns));
+        EXPECT_EQ(0, blur.columns(false)(columns, b));
+        EXPECT_LE(apart(a, b), passes * unit);
+    }
+}
+
+TEST_F(BoxBlur, OnePassIsTheDirectMeanOfItsWindow) {
+    for (const float radius : {1.0f, 2.5f, 7.125f, 30.0f})
+        for (const uint32_t flags : {15u, 31u}) {
+            Canvas<RK_Pixel8> src(41, 1), dst(61, 1);
+            src.random(12, false);
+            dst.at(-10, 0);
+            Blur blur;
+            blur.radius = radius, blur.flags = flags;
+            EXPECT_EQ(0, blur(src, dst));
+            const int R = static_cast<int>(std::ceil(radius));
+            const int64_t f = static_cast<int64_t>((static_cast<float>(R) - radius) * 1024);
+            for (int x = 0; x < 61; ++x) {
+                int64_t sum = 0, weight = 0, full = 0;
+                for (int k = -R; k <= R; ++k) {
+                    const int64_t w = std::abs(k) == R ? 1024 - f : 1024;
+                    full += w;
+                    const int at = x - 10 + k;
+                    if (at < 0 || at > 40) continue;
+                    sum += w * src(at, 0).blue;
+                    weight += w;
+                }
+                const int64_t D = flags & 16 ? weight : full;
+                ASSERT_EQ(dst(x, 0).blue, D == 0 ? 0 : (sum + D / 2) / D) << x << " " << radius;
+            }
+        }
+}
+
+// ---- Alpha ----------------------------------------------------------------------------------------------
+
+TEST_F(BoxBlur, AStraightPictureIsWeightedByItsAlpha) {
+    Canvas<RK_Pixel8> src(3, 1), dst(3, 1);
+    src(0, 0) = {255, 100, 0, 0};
+    src(1, 0) = {0, 255, 255, 255};  // clear: its colour does not count
+    src(2, 0) = {255, 200, 0, 0};
+    Blur blur;
+    blur.radius = 1, blur.src_premultiplied = blur.dst_premultiplied = 0;
+    EXPECT_EQ(0, blur(src, dst));
+    EXPECT_TRUE(test::sameBytes(RK_Pixel8{170, 150, 0, 0}, dst(1, 0)));
+    EXPECT_TRUE(test::sameBytes(RK_Pixel8{85, 100, 0, 0}, dst(0, 0)));
+}
+
+TYPED_TEST(BoxBlurDepth, WhereNoAlphaIsADividedPixelIsZeroAsAWholeIfAColourIsNamed) {
+    using C = decltype(TypeParam::alpha);
+    const auto w = kWhole<TypeParam>;
+    Canvas<TypeParam> src(5, 1), dst(5, 1);
+    src.picture.fill({0, w, static_cast<C>(w / 2), w});
+    Blur blur;
+    blur.dst_premultiplied = 0;
+    for (const uint32_t flags : {15u, 14u, 4u, 5u, 31u}) {
+        blur.flags = flags;
+        dst.random(1);
+        EXPECT_EQ(0, blur(src, dst));
+        EXPECT_TRUE(test::sameBytes(TypeParam{}, dst(2, 0))) << flags;
+    }
+    for (const uint32_t flags : {1u, 17u, 0u}) {  // with alpha alone, or nothing, colours stay
+        blur.flags = flags;
+        EXPECT_EQ(0, blur(src, dst));
+        EXPECT_TRUE(test::sameBytes(src(2, 0), dst(2, 0))) << flags;
+    }
+}
+
+TEST_F(BoxBlur, WithAlphaNotNamedColoursAreDividedByTheWindowsAlphaAndAlphaStays) {
+    Canvas<RK_Pixel8> src(3, 1), dst(3, 1);
+    src(0, 0) = {100, 50, 0, 0};
+    src(1, 0) = {50, 20, 0, 0};
+    src(2, 0) = {0, 0, 0, 0};
+    Blur blur;
+    blur.radius = 1, blur.flags = RK_kBlurRed, blur.dst_premultiplied = 0;
+    EXPECT_EQ(0, blur(src, dst));
+    const int t = (150 * 1024 + 127) / 255;
+    EXPECT_EQ(dst(1, 0).red, (70 * 1024 + t / 2) / t);
+    EXPECT_EQ(dst(1, 0).alpha, 50);
+}
+
+TEST_F(BoxBlur, DividedColoursAreHeldToFullAtDepths8And16) {
+    Canvas<RK_Pixel8> src8(1, 1), dst8(1, 1);
+    src8(0, 0) = {100, 101, 200, 100};
+    Canvas<RK_Pixel16> src16(1, 1), dst16(1, 1);
+    src16(0, 0) = {10000, 10001, 65535, 10000};
+    Blur blur;
+    blur.radius = 0, blur.dst_premultiplied = 0;
+    EXPECT_EQ(0, blur(src8, dst8));
+    EXPECT_TRUE(test::sameBytes(RK_Pixel8{100, 255, 255, 255}, dst8(0, 0)));
+    EXPECT_EQ(0, blur(src16, dst16));
+    EXPECT_TRUE(test::sameBytes(RK_Pixel16{10000, 32768, 32768, 32768}, dst16(0, 0)));
+}
+
+TEST_F(BoxBlur, FloatsAreHeldTo0To1AtEveryStageAndNaNPasses) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    Canvas<RK_PixelFloat> src(5, 1), dst(5, 1);
+    src(0, 0) = {1, 5, -5, 1e-31f};
+    src(4, 0) = {1, 1.0000001f, -0.0f, nan};
+    Blur blur;
+    blur.radius = 0, blur.passes = 2;
+    EXPECT_EQ(0, blur(src, dst));
+    EXPECT_TRUE(test::sameBytes(RK_PixelFloat{1, 1, 0, 0}, dst(0, 0)));
+    EXPECT_EQ(dst(4, 0).red, 1.0f);
+    EXPECT_FALSE(std::signbit(dst(4, 0).green));
+    EXPECT_TRUE(std::isnan(dst(4, 0).blue));
+    // Two passes over 4 and -2: held to 1 after the first, where their mean would be 2/3.
+    src.picture.fill({});
+    src(2, 0) = {4, -2, 0, 0};
+    blur.radius = 1;
+    EXPECT_EQ(0, blur(src, dst));
+    EXPECT_EQ(dst(2, 0).alpha, 1.0f);
+    EXPECT_EQ(dst(2, 0).red, 0.0f);
+    EXPECT_EQ(dst(0, 0).alpha, static_cast<float>(1 / 3.0));
 }
 
 // ---- The retired blurs ----------------------------------------------------------------------------------
