@@ -13,19 +13,13 @@ class BoxBlur {
   public:
     BoxBlur(const RKp_BlurArguments& given, int32_t passes)
         : job(given, static_cast<int32_t>(sizeof(P))), passes_(passes) {
-        const bool columns = (job.src.columns || job.dst.columns) && job.src.evenly && job.dst.evenly;
-        const bool direct = passes == 1 && !job.load;
-        if (columns) block_ = direct ? RKp_kBoxBlock : kScratchBlock;
-        if (direct) return;
         int64_t longest = 0;
         for (int64_t k = 0; k <= passes; ++k) longest = std::max(longest, range(k).size());
-        job.scratch.allocate(job.threads, 2, longest, block_ * static_cast<int32_t>(sizeof(P)));
+        job.allocate(passes == 1 && !job.load ? 0 : 2, longest, static_cast<int32_t>(sizeof(P)));
     }
 
-    // A task is a line, but where columns are walked the first of a block does all of it: progress and
-    // threads see lines, memory sees rows.
     void line(int32_t thread, int32_t i) {
-        if (i % block_ == 0) blur(thread, i, std::min(block_, job.dst.count - i));
+        RKp_BlurBlock<P>(job, i, [&](int32_t first, int32_t count) { stages(thread, first, count); });
     }
 
     RKp_BlurJob job;
@@ -42,23 +36,7 @@ class BoxBlur {
         return {from, std::max(from, std::min(job.src.length + grown, end + seen))};
     }
 
-    // Lines i up to i + count - 1; more than one at once in a block only.
-    void blur(int32_t thread, int32_t i, int32_t count) {
-        // Those that the source has.
-        const auto within = [&](int64_t line) {
-            return static_cast<int32_t>(std::clamp<int64_t>(line - job.shift_across, i, i + count));
-        };
-        const int32_t first = within(0), end = within(job.src.count);
-        for (int32_t k = i; k < i + count; ++k)
-            if (k < first || k >= end)
-                RKp_ClearLine(job.dst.template line<P>(k), job.dst.step, job.dst.length);
-        if (first < end) stages(thread, first, end - first);
-    }
-
     void stages(int32_t thread, int32_t i, int32_t count) {
-        const auto pixels = [](int64_t bytes) {
-            return static_cast<ptrdiff_t>(bytes) / static_cast<ptrdiff_t>(sizeof(P));
-        };
         const P* const source = job.src.template line<P>(i + job.shift_across);
         const auto buffer = [&](int32_t k) { return job.scratch.template buffer<P>(thread, k & 1); };
         RKp_BoxStage<P> stage = {};
@@ -75,15 +53,17 @@ class BoxBlur {
             if (k == 0 && !job.load) {
                 stage.in = source;
                 stage.in_step = job.src.step;
-                stage.in_across = pixels(job.src.across);
+                stage.in_across = job.src.template pixelsAcross<P>();
             } else {
                 stage.in = buffer(k);
-                if (k == 0) RKp_LoadLines(job, source, pixels(job.src.across), count, stage.from, buffer(k));
+                if (k == 0)
+                    RKp_LoadLines(job, source, job.src.template pixelsAcross<P>(), count, stage.from,
+                                  buffer(k));
             }
             if (k == passes_ - 1) {
                 stage.out = job.dst.template line<P>(i);
                 stage.out_step = job.dst.step;
-                stage.out_across = pixels(job.dst.across);
+                stage.out_across = job.dst.template pixelsAcross<P>();
                 stage.divide = job.divide;
             } else {
                 stage.out = buffer(k + 1);
@@ -92,12 +72,8 @@ class BoxBlur {
         }
     }
 
-    // Columns that go through scratch together: two lines of it for each.
-    static constexpr int32_t kScratchBlock = 4;
-
     const int32_t passes_;
     const bool vectors_ = KIT_G_CPU_DataP->has_sse2 != 0;
-    int32_t block_ = 1;
 };
 
 }  // namespace

@@ -45,6 +45,12 @@ RKp_BlurJob::RKp_BlurJob(const RKp_BlurArguments& given, int32_t pixel_size)
       load(given.force_copy != 0 || premultiply_on_load),
       threads(std::max(KIT_GetNumThreads(), 1)) {}
 
+void RKp_BlurJob::allocate(int32_t buffers, int64_t places, int32_t pixel_size) {
+    if ((src.columns || dst.columns) && src.evenly && dst.evenly)
+        block = buffers == 0 ? RKp_kBlurBlock : RKp_kBlurScratchBlock;
+    if (buffers != 0) scratch.allocate(threads, buffers, places, block * pixel_size);
+}
+
 // ---- Scratch --------------------------------------------------------------------------------------------
 
 void RKp_BlurScratch::allocate(int32_t threads, int32_t buffers, int64_t pixels, int32_t pixel_size) {

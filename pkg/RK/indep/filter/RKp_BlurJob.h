@@ -2,6 +2,7 @@
 #ifndef RKP_BLUR_JOB_H
 #define RKP_BLUR_JOB_H
 
+#include <algorithm>
 #include <atomic>
 
 #include "RK/indep/filter/RK_BlurFlags.h"
@@ -21,6 +22,11 @@ struct RKp_BlurLines {
         return reinterpret_cast<P*>(base + static_cast<uintptr_t>(i * across));
     }
 
+    template <class P>
+    ptrdiff_t pixelsAcross() const {
+        return static_cast<ptrdiff_t>(across) / static_cast<ptrdiff_t>(sizeof(P));
+    }
+
     uintptr_t base;
     int64_t across;  // bytes from line to line
     ptrdiff_t step;  // pixels along a line
@@ -29,6 +35,11 @@ struct RKp_BlurLines {
     bool columns;
     bool evenly;  // `across` is a whole number of pixels
 };
+
+// Lines that are walked together where neighbours share cache lines: straight from world to world, and
+// through scratch, which they share out. Powers of two up to 64, so that progress comes between blocks.
+constexpr int32_t RKp_kBlurBlock = 64;
+constexpr int32_t RKp_kBlurScratchBlock = 4;
 
 // What both exports are given.
 struct RKp_BlurArguments {
@@ -88,6 +99,8 @@ class RKp_BlurScratch {
 // A call's facts, shared read-only by all threads but for the error.
 struct RKp_BlurJob {
     RKp_BlurJob(const RKp_BlurArguments& given, int32_t pixel_size);
+    // Makes scratch of `buffers` a thread, each for the places of a block; none where `buffers` is 0.
+    void allocate(int32_t buffers, int64_t places, int32_t pixel_size);
 
     const RK_ProgressInfo* const progress;
     const RKp_BlurLines src, dst;
@@ -99,6 +112,7 @@ struct RKp_BlurJob {
     bool divide;               // the result by its alpha
     bool premultiply_on_load;  // the flagged colours
     bool load;                 // lines are copied into scratch before they are read
+    int32_t block = 1;         // lines that are walked together
     int32_t threads;           // that the scratch is for
     RKp_BlurScratch scratch;
     std::atomic<RK_Long> error{RK_kOK};  // what thread 0's progress gave
@@ -109,6 +123,21 @@ struct RKp_BlurJob {
 template <class P>
 void RKp_ClearLine(P* out, ptrdiff_t step, int64_t count) {
     for (; count > 0; --count, out += step) *out = P{};
+}
+
+// The task of line i. Where lines go in blocks the first of a block does all of it: progress and threads see
+// lines, memory sees rows. work(first, count) is for lines that the source has; the others are cleared.
+template <class P, class Work>
+void RKp_BlurBlock(const RKp_BlurJob& job, int32_t i, Work&& work) {
+    if (i % job.block != 0) return;
+    const int32_t stop = job.dst.count - i > job.block ? i + job.block : job.dst.count;
+    const auto within = [&](int64_t line) {
+        return static_cast<int32_t>(std::clamp<int64_t>(line - job.shift_across, i, stop));
+    };
+    const int32_t first = within(0), end = within(job.src.count);
+    for (int32_t k = i; k < stop; ++k)
+        if (k < first || k >= end) RKp_ClearLine(job.dst.line<P>(k), job.dst.step, job.dst.length);
+    if (first < end) work(first, end - first);
 }
 
 struct RKp_Range {

@@ -13,16 +13,12 @@ struct RKp_BoxStage {
     ptrdiff_t in_step, out_step;      // along a line
     ptrdiff_t in_across, out_across;  // from line to line
     RKp_Range from, to;
-    int32_t lines;  // 1 to RKp_kBoxBlock
+    int32_t lines;  // 1 to RKp_kBlurBlock
     int32_t reach;  // the radius rounded up
     float radius;
     uint32_t flags;
     bool divide;  // by alpha
 };
-
-// Lines that are walked together where neighbours share cache lines. A power of two below 64, so that
-// progress comes between blocks.
-constexpr int32_t RKp_kBoxBlock = 64;
 
 // Up to this reach a numerator of depth 8, 255.5 times the weight of the window at most, fits 31 bits.
 constexpr int32_t RKp_kBoxNarrowReach = 4095;

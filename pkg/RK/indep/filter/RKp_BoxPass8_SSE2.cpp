@@ -191,7 +191,7 @@ class Lanes {
     template <bool kEdges>
     bool runColumns(Sums* S, const RKp_BoxRun<P>& run) const {
         const Short s = shorts();
-        __m128i t[RKp_kBoxBlock / 2];
+        __m128i t[RKp_kBlurBlock / 2];
         for (int32_t j = 0; j < run.lines; j += 2) t[j / 2] = shorten(S[j], S[j + 1]);
         const P *behind = run.behind, *trailing = run.trailing, *leading = run.leading, *centre = run.centre;
         P* out = run.out;

@@ -85,7 +85,7 @@ class RKp_BoxWalk {
         ptrdiff_t step, across;
     };
 
-    static constexpr int kMost = kLines == 1 ? 1 : RKp_kBoxBlock;
+    static constexpr int kMost = kLines == 1 ? 1 : RKp_kBlurBlock;
     int32_t lines() const { return kLines == 1 ? 1 : stage_.lines; }
     bool renormalise() const { return (stage_.flags & RK_kBlurRenormalise) != 0; }
 
