@@ -40,7 +40,7 @@ RK_Long RK_SubpixelSampleNoClip_Straight(void*, int32_t x, int32_t y, const RK_S
 
 RK_Long RK_SubpixelSampleTranslateNoClip_Straight(void*, int32_t x, int32_t y, const double weights[4],
                                                   const RK_SampPB* pb, RK_Pixel8* out) {
-    RKp_RoundingToNearest([&] { *out = RKp_SampleTranslate<RKp_Default8>(x, y, weights, *pb->src); });
+    RKp_RoundingToNearest([&] { *out = RKp_SampleTranslate<RKp_Given8>(x, y, weights, *pb->src); });
     return RK_kOK;
 }
 

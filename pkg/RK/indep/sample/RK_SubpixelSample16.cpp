@@ -23,7 +23,7 @@ RK_Long RK_SubpixelSampleNoClip_Straight16(void*, int32_t x, int32_t y, const RK
 
 RK_Long RK_SubpixelSampleTranslateNoClip_Straight16(void*, int32_t x, int32_t y, const double weights[4],
                                                     const RK_SampPB* pb, RK_Pixel16* out) {
-    *out = RKp_SampleTranslate<RKp_Default16>(x, y, weights, *pb->src);
+    *out = RKp_SampleTranslate<RKp_Given16>(x, y, weights, *pb->src);
     return RK_kOK;
 }
 

@@ -10,7 +10,8 @@ namespace {
 struct Saturating8 {
     using Pixel = RK_Pixel8;
     using Weight = float;
-    using Quotient = RKp_FloatReciprocal;
+    using Sum = float;
+    using Quotient = RKp_Reciprocal<float, float>;
     static bool isZero(float) { return false; }
     static uint8_t store(float v) { return static_cast<uint8_t>(std::clamp(RKp_Truncate(v + 0.5f), 0, 255)); }
 };
@@ -29,11 +30,8 @@ RK_Long RK_SubpixelSampleNoClip_Straight_4(void*, const int32_t xy[8], const RK_
 RK_Long RK_SubpixelSampleTranslateNoClip_Straight_4(void*, const int32_t xy[8], const double weights[16],
                                                     const RK_SampPB* pb, RK_Pixel8 out[4]) {
     for (int i = 0; i < 4; ++i) {
-        const double* w = weights + 4 * i;
-        const RKp_Weights<float> narrow = {static_cast<float>(w[0]), static_cast<float>(w[1]), static_cast<float>(w[2]),
-                                           static_cast<float>(w[3])};
         out[i] = RKp_MixDiffering<Saturating8>(RKp_NeighboursInside<RK_Pixel8>(*pb->src, xy[2 * i], xy[2 * i + 1]),
-                                               narrow);
+                                               RKp_NarrowWeights(weights + 4 * i));
     }
     return RK_kOK;
 }

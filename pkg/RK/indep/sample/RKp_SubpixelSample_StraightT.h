@@ -6,29 +6,13 @@
 
 #include <cstring>
 
-#include "RK/indep/frame/RKp_Depth.h"
 #include "RK/indep/sample/RK_Samp.h"
-#include "RK/indep/sample/RKp_Rounding.h"
+#include "RK/indep/sample/RKp_SampleForms.h"
 
 template <class P>
 struct RKp_Neighbours {
     const P &p00, &p10, &p01, &p11;
 };
-template <class W>
-struct RKp_Weights {
-    W w00, w10, w01, w11;
-};
-
-template <class W>
-inline RKp_Weights<W> RKp_BilinearWeights(int32_t x, int32_t y) {
-    const W u = static_cast<W>(x & 0xFFFF) * static_cast<W>(1.52587890625e-05);
-    const W v = static_cast<W>(y & 0xFFFF) * static_cast<W>(1.52587890625e-05);
-    const W w11 = u * v;
-    const W w10 = u - w11;
-    const W w01 = v - w11;
-    return {((static_cast<W>(1) - w11) - w10) - w01, w10, w01, w11};
-}
-
 template <class P>
 inline const P* RKp_SourcePixel(const RK_LayerDef& src, int32_t xi, int32_t yi) {
     return reinterpret_cast<const P*>(static_cast<const char*>(src.data) +
@@ -69,74 +53,10 @@ inline P RKp_WholePixelClipped(const RK_LayerDef& src, int32_t x, int32_t y) {
     return inside ? *RKp_SourcePixel<P>(src, xi, yi) : RKp_kZeroPixel<P>;
 }
 
-// ---- Forms ----------------------------------------------------------------------------------------------
-// Weight: the precision of weights and sums. kShortcuts: whole positions and four equal neighbours are answered
-// without arithmetic, and equal alphas of 0 give the zero pixel. isZero(A) decides the zero pixel between differing
-// alphas; Quotient divides a sum by A; store() rounds.
-
-struct RKp_DoubleReciprocal {
-    explicit RKp_DoubleReciprocal(double A) : reciprocal(1.0 / A) {}
-    double operator()(double sum) const { return sum * reciprocal; }
-    double reciprocal;
-};
-struct RKp_FloatReciprocal {
-    explicit RKp_FloatReciprocal(float A) : reciprocal(1.0f / A) {}
-    float operator()(float sum) const { return sum * reciprocal; }
-    float reciprocal;
-};
-template <class W>
-struct RKp_TrueQuotient {
-    explicit RKp_TrueQuotient(W a) : A(a) {}
-    W operator()(W sum) const { return sum / A; }
-    W A;
-};
-
-struct RKp_Default8 {
-    using Pixel = RK_Pixel8;
-    using Weight = double;
-    using Quotient = RKp_DoubleReciprocal;
-    static constexpr bool kShortcuts = true;
-    static bool isZero(double A) { return RKp_RoundToEven(A) == 0; }
-    static uint8_t store(double v) { return static_cast<uint8_t>(RKp_RoundToEven(v)); }
-};
-struct RKp_Default16 {
-    using Pixel = RK_Pixel16;
-    using Weight = double;
-    using Quotient = RKp_TrueQuotient<double>;
-    static constexpr bool kShortcuts = true;
-    static bool isZero(double A) { return A < 0.5; }
-    static uint16_t store(double v) { return static_cast<uint16_t>(RKp_TruncateDouble(v + 0.5)); }
-};
-struct RKp_Portable8 {
-    using Pixel = RK_Pixel8;
-    using Weight = float;
-    using Quotient = RKp_FloatReciprocal;
-    static constexpr bool kShortcuts = false;
-    static bool isZero(float A) { return A == 0.0f; }
-    static uint8_t store(float v) { return static_cast<uint8_t>(RKp_Truncate(v + 0.5f)); }
-};
-struct RKp_Portable16 {
-    using Pixel = RK_Pixel16;
-    using Weight = float;
-    // Kept: at this depth one division for each colour, not a product with the reciprocal.
-    using Quotient = RKp_TrueQuotient<float>;
-    static constexpr bool kShortcuts = false;
-    static bool isZero(float A) { return A == 0.0f; }
-    static uint16_t store(float v) { return static_cast<uint16_t>(RKp_Truncate(v + 0.5f)); }
-};
-struct RKp_PortableFloat {
-    using Pixel = RK_PixelFloat;
-    using Weight = float;
-    using Quotient = RKp_FloatReciprocal;
-    static constexpr bool kShortcuts = false;
-    static bool isZero(float A) { return A == 0.0f; }
-    static float store(float v) { return v; }
-};
-
 // ---- The core -------------------------------------------------------------------------------------------
 
 // ((s00 + s10) + s01) + s11 times the channel of each neighbour: the order of every sum here.
-template <class Form, class P = typename Form::Pixel, class W = typename Form::Weight>
+template <class P, class W>
 inline W RKp_Weighted(const RKp_Neighbours<P>& n, const RKp_Weights<W>& s, RK_Channel<P> P::*c) {
     return ((s.w00 * static_cast<W>(n.p00.*c) + s.w10 * static_cast<W>(n.p10.*c)) + s.w01 * static_cast<W>(n.p01.*c)) +
            s.w11 * static_cast<W>(n.p11.*c);
@@ -150,9 +70,11 @@ inline P RKp_MixDiffering(const RKp_Neighbours<P>& n, const RKp_Weights<W>& w) {
     const W A = ((a.w00 + a.w10) + a.w01) + a.w11;
     if (Form::isZero(A)) return P{};
     const typename Form::Quotient quotient(A);
-    return P{Form::store(A), Form::store(quotient(RKp_Weighted<Form>(n, a, &P::red))),
-             Form::store(quotient(RKp_Weighted<Form>(n, a, &P::green))),
-             Form::store(quotient(RKp_Weighted<Form>(n, a, &P::blue)))};
+    using S = typename Form::Sum;
+    const RKp_Weights<S> s = {static_cast<S>(a.w00), static_cast<S>(a.w10), static_cast<S>(a.w01),
+                              static_cast<S>(a.w11)};
+    return P{Form::store(A), Form::store(quotient(RKp_Weighted(n, s, &P::red))),
+             Form::store(quotient(RKp_Weighted(n, s, &P::green))), Form::store(quotient(RKp_Weighted(n, s, &P::blue)))};
 }
 
 template <class Form, class P = typename Form::Pixel, class W = typename Form::Weight>
@@ -160,8 +82,8 @@ inline P RKp_MixStraight(const RKp_Neighbours<P>& n, const RKp_Weights<W>& w) {
     const auto alpha = n.p00.alpha;
     if (alpha != n.p10.alpha || alpha != n.p01.alpha || alpha != n.p11.alpha) return RKp_MixDiffering<Form>(n, w);
     if (Form::kShortcuts && alpha == 0) return P{};
-    return P{alpha, Form::store(RKp_Weighted<Form>(n, w, &P::red)), Form::store(RKp_Weighted<Form>(n, w, &P::green)),
-             Form::store(RKp_Weighted<Form>(n, w, &P::blue))};
+    return P{alpha, Form::store(RKp_Weighted(n, w, &P::red)), Form::store(RKp_Weighted(n, w, &P::green)),
+             Form::store(RKp_Weighted(n, w, &P::blue))};
 }
 
 // Four equal neighbours need no weights.
@@ -195,6 +117,9 @@ template <class Form>
 inline typename Form::Pixel RKp_SampleNoClip(int32_t x, int32_t y, const RK_LayerDef& src) {
     return RKp_SampleInside<Form>(x, y, src, [=] { return RKp_BilinearWeights<typename Form::Weight>(x, y); });
 }
+inline RKp_Weights<float> RKp_NarrowWeights(const double w[4]) {
+    return {static_cast<float>(w[0]), static_cast<float>(w[1]), static_cast<float>(w[2]), static_cast<float>(w[3])};
+}
 template <class Form>
 inline typename Form::Pixel RKp_SampleTranslate(int32_t x, int32_t y, const double weights[4], const RK_LayerDef& src) {
     using W = typename Form::Weight;
@@ -212,6 +137,13 @@ inline void RKp_SampleSpan(RK_Long count, int32_t x, int32_t y, const RK_LayerDe
         out[i] = RKp_SampleInside<Form>(xi, y, src, [&w] { return w; });
         *alpha_sum += out[i].alpha;
     }
+}
+// The alphas of a span, in order.
+template <class P>
+inline void RKp_AddAlphas(RK_Long count, const P* out, RK_AlphaSum<P>* alpha_sum) {
+    RK_AlphaSum<P> sum = *alpha_sum;
+    for (RK_Long i = 0; i < count; ++i) sum += out[i].alpha;
+    *alpha_sum = sum;
 }
 
 #endif
