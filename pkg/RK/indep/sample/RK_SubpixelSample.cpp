@@ -1,8 +1,9 @@
 // The 8-bit samplers, and the weights that all depths share.
 #include "RK/indep/sample/RK_SubpixelSample.h"
 
-#include "RK/indep/sample/RKp_SubpixelSample_StraightT.h"
 #include "RK/indep/sample/RKp_RoundingMode.h"
+#include "RK/indep/sample/RKp_SpanRows.h"
+#include "RK/indep/sample/RKp_SubpixelSample_StraightT.h"
 
 RK_Long RK_SubpixelSampleComputeWeight(uint16_t xfrac, uint16_t yfrac, double weights[4]) {
     const auto w = RKp_BilinearWeights<double>(xfrac, yfrac);
@@ -46,7 +47,8 @@ RK_Long RK_SubpixelSampleTranslateNoClip_Straight(void*, int32_t x, int32_t y, c
 
 RK_Long RK_SubpixelSpanSampleTranslateNoClip_Straight(void*, RK_Long count, int32_t x, int32_t y, const RK_SampPB* pb,
                                                       int32_t* alpha_sum, RK_Pixel8* out) {
-    RKp_RoundingToNearest([&] { RKp_SampleSpan<RKp_Default8>(count, x, y, *pb->src, alpha_sum, out); });
+    RKp_RoundingToNearest([&] { RKp_SpanRow(*pb->src, x, y, count, out); });
+    RKp_AddAlphas(count, out, alpha_sum);
     return RK_kOK;
 }
 

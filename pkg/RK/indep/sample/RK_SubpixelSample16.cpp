@@ -1,5 +1,6 @@
 // The 16-bit samplers.
 #include "RK/indep/sample/RK_SubpixelSample.h"
+#include "RK/indep/sample/RKp_SpanRows.h"
 #include "RK/indep/sample/RKp_SubpixelSample_StraightT.h"
 
 RK_Long RK_SubpixelSample_Straight16(void*, int32_t x, int32_t y, const RK_SampPB* pb, RK_Pixel16* out) {
@@ -29,7 +30,8 @@ RK_Long RK_SubpixelSampleTranslateNoClip_Straight16(void*, int32_t x, int32_t y,
 
 RK_Long RK_SubpixelSpanSampleTranslateNoClip_Straight16(void*, RK_Long count, int32_t x, int32_t y, const RK_SampPB* pb,
                                                         int32_t* alpha_sum, RK_Pixel16* out) {
-    RKp_SampleSpan<RKp_Default16>(count, x, y, *pb->src, alpha_sum, out);
+    RKp_SpanRow(*pb->src, x, y, count, out);
+    RKp_AddAlphas(count, out, alpha_sum);
     return RK_kOK;
 }
 

@@ -1,5 +1,6 @@
 // The float samplers. Results are stored as computed: no rounding, no clamp.
 #include "RK/indep/sample/RK_SubpixelSample.h"
+#include "RK/indep/sample/RKp_SpanRows.h"
 #include "RK/indep/sample/RKp_SubpixelSample_StraightT.h"
 
 RK_Long RK_SubpixelCPlusPlusFloat(void*, int32_t x, int32_t y, const RK_SampPB* pb, RK_PixelFloat* out) {
@@ -29,6 +30,6 @@ RK_Long RK_SubpixelSampleTranslateNoClipCPlusPlusFloat(void*, int32_t x, int32_t
 
 RK_Long RK_SubpixelSpanSampleCPlusPlusFloat(void*, RK_Long count, int32_t x, int32_t y, const RK_SampPB* pb,
                                             float* alpha_sum, RK_PixelFloat* out) {
-    RKp_SampleSpan<RKp_PortableFloat>(count, x, y, *pb->src, alpha_sum, out);
+    RKp_SpanRow(*pb->src, x, y, RKp_BilinearWeights<float>(x, y), count, alpha_sum, out);
     return RK_kOK;
 }
