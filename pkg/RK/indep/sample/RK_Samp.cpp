@@ -31,4 +31,17 @@ RK_SamplerBundle<RK_PixelFloat> RKp_GetSamplerBundle<RK_PixelFloat>() {
             &RK_SubpixelSampleTranslateNoClipCPlusPlusFloat, &RK_SubpixelSpanSampleCPlusPlusFloat};
 }
 
+template <>
+bool RKp_PlusIsClipped(const RK_SamplerBundle<RK_Pixel8>& samplers) {
+    return samplers.plus == &RK_SubpixelSamplePlus_Straight && samplers.clipped == &RK_SubpixelSample_Straight;
+}
+template <>
+bool RKp_PlusIsClipped(const RK_SamplerBundle<RK_Pixel16>& samplers) {
+    return samplers.plus == &RK_SubpixelSamplePlus_Straight16 && samplers.clipped == &RK_SubpixelSample_Straight16;
+}
+template <>
+bool RKp_PlusIsClipped(const RK_SamplerBundle<RK_PixelFloat>&) {
+    return true;
+}
+
 double RK_Hypot(double a, double b) { return std::sqrt(a * a + b * b); }

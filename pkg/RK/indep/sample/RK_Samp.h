@@ -67,6 +67,9 @@ struct RK_SamplerBundle {
 // 8 and 16 bits read the standard function table at the time of the call; float is fixed to the portable forms.
 template <class P>
 RK_SamplerBundle<P> RKp_GetSamplerBundle();
+// Are the Plus and the clipped sampler the library's own? Then they give the same pixels.
+template <class P>
+bool RKp_PlusIsClipped(const RK_SamplerBundle<P>& samplers);
 
 // sqrt(a * a + b * b), with no guard against overflow.
 RK_API double RK_Hypot(double a, double b);

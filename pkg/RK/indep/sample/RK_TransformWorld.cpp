@@ -7,8 +7,8 @@
 #include "RK/indep/frame/RKp_HostBlock.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
 #include "RK/indep/frame/RKp_Report.h"
+#include "RK/indep/sample/RKp_MotionScansT.h"
 #include "RK/indep/sample/RKp_TransformFinish.h"
-#include "RK/indep/sample/RKp_TransformScansT.h"
 #include "RK/indep/world/RK_WorldXT.h"
 #include "RK/indep/world/RKp_ForDepth.h"
 
@@ -124,27 +124,22 @@ class LinearMotion {
         : best_(r.best()), samples_(int64_t{r.matrix_count} - 1), first_(setup.first), last_(setup.last),
           pb_(RKp_MakeSampPB(src, setup.first)), weights_(best_ ? samples_ * 4 : 0, RK_kMsg_BlendingScratch) {}
     RK_AlphaSum<P> scan(const RKp_ScanRow<P>& row) const {
-        const RK_SampPB* pb = &pb_;
-        const auto run = [&](auto&& sample) { return RKp_ScanLinearMotion(row, first_, last_, samples_, sample); };
+        const RK_SampleWalk first = first_.line(), last = last_.line();
         if (!best_) {
-            return run([&](const RKp_MotionPath& path, int64_t k, P* out) {
-                *out = RKp_NearestPixel<P>(path.x(k), path.y(k), row.src);
+            return RKp_ScanLinearMotion(row, first, last, samples_, [&](const RK_SampleWalk& path, int64_t count, P* out) {
+                RKp_FillNearest(row.src, path, count, out);
             });
         }
         if (RKp_KeepsFractions(first_, last_, row.width)) {
-            makeWeights();
-            return run([&](const RKp_MotionPath& path, int64_t k, P* out) {
-                const int32_t x = path.x(k), y = path.y(k);
-                if (RKp_AllInside(row.src, x, y)) {
-                    row.samplers.translate(nullptr, x, y, &weights_[k * 4], pb, out);
-                } else {
-                    row.samplers.clipped(nullptr, x, y, pb, out);
-                }
-            });
+            const RK_SampleWalk path = RKp_MotionPath(first, last, samples_);
+            makeWeights(path);
+            return RKp_ScanUnitMotion(row, path, pb_, samples_, weights_.get());
         }
-        RK_Sampler<P>* const sampler = first_.reduces() ? row.samplers.area : row.samplers.clipped;
-        return run([&](const RKp_MotionPath& path, int64_t k, P* out) {
-            sampler(nullptr, path.x(k), path.y(k), pb, out);
+        const RKp_RowSamplers<P>& samplers = row.samplers;
+        RK_Sampler<P>* const sampler = first_.reduces() ? samplers.called.area : samplers.called.clipped;
+        RK_RowSampler<P>* const sample = first_.reduces() ? samplers.area : samplers.clipped;
+        return RKp_ScanLinearMotion(row, first, last, samples_, [&](const RK_SampleWalk& path, int64_t count, P* out) {
+            sample(sampler, &pb_, path, count, out);
         });
     }
     void nextRow() {
@@ -153,12 +148,12 @@ class LinearMotion {
     }
 
   private:
-    void makeWeights() const {
-        const RKp_MotionPath path(first_, last_, samples_);
+    void makeWeights(const RK_SampleWalk& path) const {
         auto* const compute = RKp_Slot<RKp_kSlot_SubpixelSampleComputeWeight>();
-        for (int64_t k = 0; k < samples_; ++k)
-            compute(static_cast<uint16_t>(path.x(k) & 0xFFFF), static_cast<uint16_t>(path.y(k) & 0xFFFF),
-                    &weights_[k * 4]);
+        for (int64_t k = 0; k < samples_; ++k) {
+            const RK_SampleWalk at = path.from(k);
+            compute(static_cast<uint16_t>(at.x & 0xFFFF), static_cast<uint16_t>(at.y & 0xFFFF), &weights_[k * 4]);
+        }
     }
 
     bool best_;
@@ -172,15 +167,14 @@ template <class P>
 class GeneralMotion {
   public:
     GeneralMotion(const Request& r, const RKp_TransformSetup& setup, const RK_LayerDef& src)
-        : count_(r.matrix_count), walks_(count_, RK_kMsg_BlendingScratch), now_(count_, RK_kMsg_BlendingScratch),
-          pbs_(count_, RK_kMsg_BlendingScratch) {
+        : count_(r.matrix_count), walks_(count_, RK_kMsg_BlendingScratch), pbs_(count_, RK_kMsg_BlendingScratch) {
         for (int64_t k = 0; k < count_; ++k) {
             RKp_ThrowIf(RKp_MakeWalk(r.matrices[k], r.src2dst, setup.work, &walks_[k]));
             pbs_[k] = RKp_MakeSampPB(src, walks_[k]);
         }
     }
     RK_AlphaSum<P> scan(const RKp_ScanRow<P>& row) const {
-        return RKp_ScanGeneralMotion(row, walks_.get(), pbs_.get(), count_, now_.get());
+        return RKp_ScanGeneralMotion(row, walks_.get(), pbs_.get(), count_);
     }
     void nextRow() {
         for (int64_t k = 0; k < count_; ++k) walks_[k].nextRow();
@@ -188,7 +182,7 @@ class GeneralMotion {
 
   private:
     int64_t count_;
-    RKp_HostBlock<RKp_Walk> walks_, now_;
+    RKp_HostBlock<RKp_Walk> walks_;
     RKp_HostBlock<RK_SampPB> pbs_;
 };
 
@@ -209,7 +203,7 @@ void drawRows(const Request& r, const RKp_TransformSetup& setup) {
     if (plan.mode_func == nullptr) RKp_Throw(RK_kUnknownMode);
 
     const RK_LayerDef src = usable(*r.src);
-    const RK_SamplerBundle<P> samplers = RKp_GetSamplerBundle<P>();
+    const RKp_RowSamplers<P> samplers(RKp_GetSamplerBundle<P>());
     Filler filler(r, setup, src);
     RK_WorldX<P> dst(&r.dst->record, false);
     if (mode.xfer == RK_Xfer_StencilAlpha || mode.xfer == RK_Xfer_StencilLuma)

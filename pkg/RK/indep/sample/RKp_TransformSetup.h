@@ -2,7 +2,7 @@
 #ifndef RKP_TRANSFORM_SETUP_H
 #define RKP_TRANSFORM_SETUP_H
 
-#include "RK/indep/sample/RK_Samp.h"
+#include "RK/indep/sample/RK_SampleRow.h"
 
 // ---- The question ---------------------------------------------------------------------------------------
 
@@ -40,10 +40,7 @@ struct RKp_Walk {
         x = static_cast<int32_t>(static_cast<uint32_t>(x) + static_cast<uint32_t>(row_dx));
         y = static_cast<int32_t>(static_cast<uint32_t>(y) + static_cast<uint32_t>(row_dy));
     }
-    void nextPixel() {
-        x = static_cast<int32_t>(static_cast<uint32_t>(x) + static_cast<uint32_t>(dx));
-        y = static_cast<int32_t>(static_cast<uint32_t>(y) + static_cast<uint32_t>(dy));
-    }
+    RK_SampleWalk line() const { return {x, y, dx, dy}; }
 };
 
 struct RKp_TransformSetup {
