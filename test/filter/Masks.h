@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -103,6 +103,19 @@ class InSlot {
     int32_t slot_;
     void* before_;
 };
+
+// A body for the slot of RK_IterateGeneric that spreads the calls over two threads: odd ones run as thread 1.
+inline RK_Long onTwoThreads(RK_Long iterations, void* refcon, RK_GenericFunc* fn) {
+    RK_Long results[2] = {RK_kOK, RK_kOK};
+    const auto run = [&](RK_Long thread) {
+        for (RK_Long i = thread; i < iterations && results[thread] == RK_kOK; i += 2)
+            results[thread] = fn(refcon, thread, i, iterations);
+    };
+    std::thread other(run, 1);
+    run(0);
+    other.join();
+    return results[0] != RK_kOK ? results[0] : results[1];
+}
 
 }  // namespace test
 

@@ -10,6 +10,7 @@
 #include "RK/host/ZIN.h"
 #include "RK/indep/composite/RK_BlendScratch.h"
 #include "RK/indep/composite/RKp_SoftLight.h"
+#include "RK/indep/filter/RK_UnoBlur.h"
 #include "RK/indep/frame/RKp_Border.h"
 #include "RK/indep/frame/RKp_Broker.h"
 #include "RK/indep/frame/RKp_Globals.h"
@@ -83,6 +84,7 @@ RK_Long RK_Death() {
     clearTable();
     RKp_G_Noise = {nullptr, nullptr, nullptr};
     RKp_DisposeScratch();
+    RKp_DisposeUnoWeights();
     RKp_StopBroker();
     return error;
 }

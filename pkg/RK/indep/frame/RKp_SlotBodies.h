@@ -8,6 +8,7 @@
 #include "RK/indep/composite/RKp_TransferRect.h"
 #include "RK/indep/filter/RK_BoxBlur.h"
 #include "RK/indep/filter/RK_Convolve.h"
+#include "RK/indep/filter/RK_UnoBlur.h"
 #include "RK/indep/filter/RKp_MaskMerge.h"
 #include "RK/indep/filter/RKp_UnoRows.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"

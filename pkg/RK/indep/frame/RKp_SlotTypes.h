@@ -107,6 +107,11 @@ using RKp_MaskMerge16To16Func = RKp_MaskMergeFunc<uint16_t, RK_Pixel16>;
 using RKp_MaskMerge16ToFloatFunc = RKp_MaskMergeFunc<uint16_t, RK_PixelFloat>;
 using RKp_MaskMerge8ToFloatFunc = RKp_MaskMergeFunc<uint8_t, RK_PixelFloat>;
 
+// One line of a mask blurred, as filter/RK_UnoBlur.h tells.
+template <class S>
+using RKp_BlurUnoScanFunc = RK_Long(int32_t mode, RK_EffectRef reference, int32_t first, int32_t last, int32_t radius,
+                                    const S* src_line, S* dst_line);
+
 // Mask rows combined, as filter/RKp_UnoRows.h tells them.
 template <class S>
 using RKp_MaskAccumulateFunc = RK_Long(RKp_NoiseTable* noise, int32_t mode, RK_Long count, const S* src, S* dst);
