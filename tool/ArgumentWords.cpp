@@ -57,13 +57,13 @@ RK_Long FieldOf(const std::string& option, const std::string& text) {
     Misuse(option + " " + OneLine(text) + ": upper, lower or both is wanted (even or odd are the same rows)");
 }
 
-RK_Pixel8 ColourOf(const std::string& text) {
+RK_Pixel8 ColourOf(const std::string& option, const std::string& text) {
     if (text == "black") return {255, 0, 0, 0};
     if (text == "white") return {255, 255, 255, 255};
     if (text == "grey" || text == "gray") return {255, 128, 128, 128};
     const bool hex = text.size() == 7 && text[0] == '#' &&
                      text.find_first_not_of("0123456789abcdefABCDEF", 1) == std::string::npos;
-    if (!hex) Misuse("--flatten " + OneLine(text) + ": black, white, grey or #rrggbb is wanted");
+    if (!hex) Misuse(option + " " + OneLine(text) + ": black, white, grey or #rrggbb is wanted");
     const unsigned long value = std::strtoul(text.c_str() + 1, nullptr, 16);
     return {255, static_cast<uint8_t>(value >> 16), static_cast<uint8_t>(value >> 8),
             static_cast<uint8_t>(value)};

@@ -22,7 +22,7 @@ Place PlaceOf(const std::string& option, const std::string& text, int32_t low, i
 // "WxH", each 1 to 30000.
 Size SizeOf(const std::string& option, const std::string& text);
 RK_MaskKind MatteKindOf(const std::string& text);
-RK_Pixel8 ColourOf(const std::string& text);
+RK_Pixel8 ColourOf(const std::string& option, const std::string& text);
 // upper or even, lower or odd, both or empty.
 RK_Long FieldOf(const std::string& option, const std::string& text);
 

@@ -12,6 +12,7 @@ int RunHalve(const std::vector<std::string>& arguments);
 int RunBoxMean(const std::vector<std::string>& arguments);
 int RunConvolve(const std::vector<std::string>& arguments);
 int RunCrossfade(const std::vector<std::string>& arguments);
+int RunMask(const std::vector<std::string>& arguments);
 int RunModes(const std::vector<std::string>& arguments);
 int RunSlots(const std::vector<std::string>& arguments);
 int RunInfo(const std::vector<std::string>& arguments);

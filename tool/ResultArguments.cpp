@@ -45,7 +45,7 @@ void ReadResult(const ResultText& text, const char* quality, ResultArguments& ou
         Misuse("--depth " + OneLine(text.depth) + ": 8, 16 or float is wanted");
     }
     if (!text.quality.empty()) out.write.jpeg_quality = Whole(quality, text.quality, 1, 100);
-    if (!text.flatten.empty()) out.flatten = ColourOf(text.flatten);
+    if (!text.flatten.empty()) out.flatten = ColourOf("--flatten", text.flatten);
 }
 
 void Note(const ResultArguments& arguments, const std::string& line) {

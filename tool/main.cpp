@@ -29,6 +29,7 @@ constexpr Command kCommands[] = {
     {"boxmean", "give each pixel the mean of the box around it", RunBoxMean},
     {"convolve", "filter a picture with a kernel: sharpen, find edges, blur, your own", RunConvolve},
     {"crossfade", "mix two pictures of one size", RunCrossfade},
+    {"mask", "make masks, change and combine them, cut pictures out", RunMask},
     {"modes", "list the transfer modes, or draw all of them on two pictures", RunModes},
     {"slots", "tell what the library's function table holds on this machine", RunSlots},
     {"info", "tell what picture files hold", RunInfo},
