@@ -84,7 +84,7 @@ class Picture {
           bytes_(kGuard * 2 + size_t(rowbytes_) * size_t(height > 0 ? height : 0), kGuardByte) {
         for (int y = 0; y < height; ++y) std::memset(row(y), 0, size_t(width) * sizeof(P));
     }
-    P* row(int y) { return reinterpret_cast<P*>(bytes_.data() + kGuard + size_t(y) * size_t(rowbytes_)); }
+    P* row(int y) { return reinterpret_cast<P*>(bytes_.data() + kGuard + std::ptrdiff_t{y} * rowbytes_); }
     const P* row(int y) const { return const_cast<Picture*>(this)->row(y); }
     P& at(int x, int y) { return row(y)[x]; }
     const P& at(int x, int y) const { return row(y)[x]; }

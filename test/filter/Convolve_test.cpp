@@ -275,8 +275,8 @@ TYPED_TEST(ConvolveDepth, EveryPixelFollowsTheRule) {
         for (int c = 0; c < 4; ++c) {
             uint32_t sum = 0;
             for (size_t i = 0; i < cells; ++i) {
-                const int64_t span = 2 * int64_t{one.reach} + 1;
-                kernels[c].push_back(int32_t(int64_t(r.next()) * span / 4294967296 - one.reach));
+                const uint64_t span = 2 * uint64_t(one.reach) + 1;
+                kernels[c].push_back(int32_t(int64_t(uint64_t{r.next()} * span >> 32) - one.reach));
             }
             if (sizeof(C) == 4 && one.reach == INT32_MAX)
                 kernels[c].assign(cells, 1 + c);  // no wrap at float

@@ -210,7 +210,8 @@ S weighted(int32_t mode, int64_t limit, int64_t opacity, S s, int64_t d, int64_t
 
 template <class S>
 void expectWeighted(int32_t mode, int32_t limit, int32_t opacity) {
-    test::Random r(static_cast<uint32_t>(limit + opacity * 31 + mode));
+    test::Random r(static_cast<uint32_t>(limit) + static_cast<uint32_t>(opacity) * 31 +
+                   static_cast<uint32_t>(mode));
     std::vector<S> src(400), dst(400);
     for (S& s : src) s = r.below(5) ? test::sample(r, S{}) : static_cast<S>(r.next());
     for (S& d : dst) d = r.below(5) ? test::sample(r, S{}) : static_cast<S>(r.next());

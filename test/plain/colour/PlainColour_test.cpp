@@ -133,8 +133,11 @@ TYPED_TEST(PlainColour, SpacesToPixels) {
     };
     for (int i = 0; i < amount(300000); ++i) {
         const bool hls = r.below(2) == 0;
-        const Triple in = {any(hls ? 360 * 65536 : 65537), any(65537) - (hls ? 0 : 20000),
-                           any(65537) - (hls ? 0 : 20000)};
+        const auto shifted = [&](int32_t by) {  // wraps
+            return static_cast<int32_t>(static_cast<uint32_t>(any(65537)) - static_cast<uint32_t>(by));
+        };
+        const int32_t first = any(hls ? 360 * 65536 : 65537), second = shifted(hls ? 0 : 20000);
+        const Triple in = {first, second, shifted(hls ? 0 : 20000)};
         ASSERT_NO_FATAL_FAILURE(compareTriple<P>(in));
     }
 }
