@@ -87,6 +87,42 @@ TEST(AreaSamplersAgainstPlain, PortableForms) {
     compare<RK_PixelFloat>(RKp_GetSamplerBundle<RK_PixelFloat>().area,
                            straight<Rounding::kNone, RK_PixelFloat>);
 }
+// Boxes of thousands of pixels, whose sums are or are not exact, at whole edges and between them.
+template <class P, class Sampler, class Plain>
+void compareWide(Sampler sampler, Plain twin) {
+    test::Random r(sizeof(P) + 9);
+    constexpr int kSide = 300;
+    for (const bool white : {false, true}) {
+        test::World<P> world = test::sampleWorld<P>(r, kSide, kSide);
+        const auto full = static_cast<RK_Channel<P>>(test::kFull<P>);
+        if (white) world.picture.fill({full, full, full, full});
+        const RK_LayerDef src = world.picture.record();
+        RK_SampPB pb = test::sampleBlock(src);
+        for (int i = 0; i < test::amount(60); ++i) {
+            const int32_t zeros = static_cast<int32_t>(r.below(17));
+            const auto length = [&](uint32_t most) {
+                const int32_t pixels = static_cast<int32_t>(1 + r.below(most)) << 16;
+                return i % 3 == 0 ? pixels : pixels - ((test::fraction(r) >> zeros) << zeros);
+            };
+            pb.x_radius = length(i % 5 == 0 ? 127 : 20);
+            pb.y_radius = length(i % 7 == 0 ? 127 : 20);
+            const int32_t x = length(kSide) - 0x8000, y = length(kSide) - 0x8000;
+            P got = test::pixel<P>(r);
+            ASSERT_EQ(sampler(nullptr, x, y, &pb, &got), 0);
+            const P expected = twin(x, y, pb);
+            ASSERT_TRUE(test::samePixel(expected, got))
+                << "expected " << test::show(expected) << ", got " << test::show(got)
+                << test::showPosition(x, y, src) << ", radii " << pb.x_radius / 65536.0 << ", "
+                << pb.y_radius / 65536.0;
+        }
+    }
+}
+TEST(AreaSamplersAgainstPlain, BoxesOfManyPixels) {
+    compareWide<RK_Pixel8>(RKp_AreaSample8_Static, kEven8);
+    compareWide<RK_Pixel8>(RKp_AreaSample8_Portable, kUp8);
+    compareWide<RK_Pixel16>(RKp_AreaSample16_Portable, kUp16);
+    compareWide<RK_PixelFloat>(RK_AreaSampleFloat, straight<Rounding::kNone, RK_PixelFloat>);
+}
 TEST(AreaSamplersAgainstPlain, Premultiplied) {
     compare<RK_Pixel8>(RK_AreaSample_Premul, plain::areaPremul);
     compare<RK_Pixel8>(RKp_Slot<6>(), plain::areaPremul);

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "RK/indep/frame/RKp_Border.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
@@ -6,6 +7,7 @@
 #include "RK/indep/passes/RK_CopyBits.h"
 #include "RK/indep/passes/RKp_CopyArea.h"
 #include "RK/indep/sample/RK_AreaSample.h"
+#include "RK/indep/sample/RK_SampleRow.h"
 #include "RK/indep/sample/RK_SubpixelSample.h"
 #include "RK/indep/world/RKp_ForDepth.h"
 
@@ -46,8 +48,19 @@ struct Axis {
     }
     int32_t step, start;
 };
-int32_t advanced(int32_t position, int32_t step) {
-    return static_cast<int32_t>(static_cast<uint32_t>(position) + static_cast<uint32_t>(step));
+
+// Do the rows of the two have bytes in common?
+bool overlap(const RK_LayerDef& a, const RK_LayerDef& b) {
+    const auto ends = [](const RK_LayerDef& world) {
+        const auto pitch = static_cast<uintptr_t>(static_cast<ptrdiff_t>(world.rowbytes));
+        const auto first = reinterpret_cast<uintptr_t>(world.data);
+        const auto last = first + (static_cast<uintptr_t>(world.height) - 1) * pitch;
+        const auto row = world.rowbytes < 0 ? 0 - pitch : pitch;
+        return std::make_pair(std::min(first, last), std::max(first, last) + row);
+    };
+    const auto [a_low, a_high] = ends(a);
+    const auto [b_low, b_high] = ends(b);
+    return a_low < b_high && b_low < a_high;
 }
 
 template <class P>
@@ -67,16 +80,18 @@ RK_Long copySampled(RK_ProgressInfo* progress, bool premultiplied, const RK_Laye
     pb.area = static_cast<int32_t>(std::min(static_cast<double>(x_axis.step) * static_cast<double>(y_axis.step) *
                                                 1.52587890625e-5,
                                             2147483647.0));
-    int32_t y = y_axis.start;
-    for (int32_t row = d.rect.top; row < d.rect.bottom; ++row, y = advanced(y, y_axis.step)) {
+    // A copy within one world may read what it has drawn, so there pixel follows pixel.
+    RK_RowSampler<P>* const sample = overlap(src, dst) ? RKp_RowCalled<P> : RKp_GetRowSampler(sampler);
+    RK_SampleWalk line = {x_axis.start, y_axis.start, x_axis.step, 0};
+    const RK_SampleWalk down = {0, y_axis.start, 0, y_axis.step};
+    for (int32_t row = d.rect.top; row < d.rect.bottom; ++row) {
         if (progress != nullptr && progress->abort_func != nullptr && ((row - d.rect.top) & 63) == 0) {
             const RK_Long stop = progress->abort_func(progress->refcon);
             if (stop != RK_kOK) return stop;
         }
         P* out = reinterpret_cast<P*>(RKp_CopyRowOut(dst, row));
-        int32_t x = x_axis.start;
-        for (int32_t column = d.rect.left; column < d.rect.right; ++column, x = advanced(x, x_axis.step))
-            sampler(nullptr, x, y, &pb, out + column);
+        line.y = down.from(row - d.rect.top).y;
+        sample(sampler, &pb, line, int64_t{d.rect.right} - d.rect.left, out + d.rect.left);
     }
     return RK_kOK;
 }

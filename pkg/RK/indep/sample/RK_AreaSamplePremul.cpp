@@ -1,7 +1,7 @@
 // The premultiplied area sampler: integers throughout.
 #include "RK/indep/frame/RKp_OverFuncs.h"
 #include "RK/indep/sample/RK_AreaSample.h"
-#include "RK/indep/sample/RKp_AreaSample_StraightT.h"
+#include "RK/indep/sample/RKp_Footprint.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ RK_Long RK_AreaSample_Premul(void* ref, int32_t x, int32_t y, const RK_SampPB* p
     *out = RK_Pixel8{};
     // The box is cut to the source before the radii choose a case.
     const RKp_Footprint box = RKp_ClampFootprint(RKp_MakeFootprint(x, y, *pb), src);
-    if (box.left >= box.right || box.top >= box.bottom) return RK_kOK;
+    if (box.isEmpty()) return RK_kOK;
 
     const bool narrow = pb->x_radius <= RK_kHalfPixel, low = pb->y_radius <= RK_kHalfPixel;
     const int64_t width = box.right - box.left, height = box.bottom - box.top;

@@ -2,6 +2,7 @@
 #include "RK/indep/sample/RK_SampleRow.h"
 
 #include "RK/indep/sample/RK_SubpixelSample.h"
+#include "RK/indep/sample/RKp_AreaRows.h"
 #include "RK/indep/sample/RKp_RoundingMode.h"
 #include "RK/indep/sample/RKp_SampleRowsT.h"
 
@@ -40,18 +41,21 @@ template <>
 RK_RowSampler<RK_Pixel8>* RKp_GetRowSampler(RK_Sampler<RK_Pixel8>* sampler) {
     if (sampler == &RK_SubpixelSample_Straight) return clipped8;
     if (sampler == &RK_SubpixelSampleNoClip_Straight) return noClip8;
+    if (auto* const area = RKp_FindAreaRow(sampler)) return area;
     return RKp_RowCalled<RK_Pixel8>;
 }
 template <>
 RK_RowSampler<RK_Pixel16>* RKp_GetRowSampler(RK_Sampler<RK_Pixel16>* sampler) {
     if (sampler == &RK_SubpixelSample_Straight16) return clipped<RKp_Default16>;
     if (sampler == &RK_SubpixelSampleNoClip_Straight16) return noClip<RKp_Default16>;
+    if (auto* const area = RKp_FindAreaRow(sampler)) return area;
     return RKp_RowCalled<RK_Pixel16>;
 }
 template <>
 RK_RowSampler<RK_PixelFloat>* RKp_GetRowSampler(RK_Sampler<RK_PixelFloat>* sampler) {
     if (sampler == &RK_SubpixelCPlusPlusFloat) return clipped<RKp_PortableFloat>;
     if (sampler == &RK_SubpixelCPlusPlusNoClipFloat) return noClip<RKp_PortableFloat>;
+    if (auto* const area = RKp_FindAreaRow(sampler)) return area;
     return RKp_RowCalled<RK_PixelFloat>;
 }
 

@@ -40,8 +40,14 @@ template <class P>
 using RK_RowSampler = void(RK_Sampler<P>* sampler, const RK_SampPB* pb, RK_SampleWalk walk, int64_t count,
                            P* out);
 
-// The way to do so: the library's own samplers are done in place, any other is called. What the slots hold is
-// read now.
+// One call for each position.
+template <class P>
+void RKp_RowCalled(RK_Sampler<P>* sampler, const RK_SampPB* pb, RK_SampleWalk walk, int64_t count, P* out) {
+    for (int64_t i = 0; i < count; ++i, walk.next()) sampler(nullptr, walk.x, walk.y, pb, out + i);
+}
+
+// The fastest way: the library's own samplers are done in place, any other is called. What the slots hold is
+// read now. `out` must lie apart from the source.
 template <class P>
 RK_RowSampler<P>* RKp_GetRowSampler(RK_Sampler<P>* sampler);
 

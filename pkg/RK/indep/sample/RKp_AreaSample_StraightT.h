@@ -1,113 +1,85 @@
-// The straight area sampler over the pixel type. A form brings its Pixel, `limit`, `point` (the clipped point sampler)
-// and the rounding of alpha and colour.
+// The straight area sampler over the pixel type. A form brings its Pixel, `limit`, `point` (the clipped point
+// sampler) and the rounding of alpha and colour.
 #ifndef RKP_AREA_SAMPLE_STRAIGHT_T_H
 #define RKP_AREA_SAMPLE_STRAIGHT_T_H
 
-#include <algorithm>
+#include "RK/indep/sample/RK_SampleRow.h"
+#include "RK/indep/sample/RKp_AreaBox_SSE2.h"
 
-#include "RK/indep/sample/RK_Samp.h"
-
-// The four edges of a footprint, 16.16, moved half a pixel so that source pixel i covers [i, i + 1).
-struct RKp_Footprint {
-    int64_t left, top, right, bottom;
-};
-inline RKp_Footprint RKp_MakeFootprint(int32_t x, int32_t y, const RK_SampPB& pb) {
-    return {int64_t{x} - pb.x_radius + 32768, int64_t{y} - pb.y_radius + 32768, int64_t{x} + pb.x_radius + 32768,
-            int64_t{y} + pb.y_radius + 32768};
-}
-// Cut to the source.
-inline RKp_Footprint RKp_ClampFootprint(const RKp_Footprint& f, const RK_LayerDef& src) {
-    const int64_t width = int64_t{std::max(src.width, 0)} << 16, height = int64_t{std::max(src.height, 0)} << 16;
-    return {std::clamp<int64_t>(f.left, 0, width), std::clamp<int64_t>(f.top, 0, height),
-            std::clamp<int64_t>(f.right, 0, width), std::clamp<int64_t>(f.bottom, 0, height)};
-}
-
-// How the pixels from `begin` to `end`, both 16.16, are covered: calls visit(i, coverage) for each, with 0x10000 for
-// a whole one. Pixels outside [0, size) are left out.
-template <class Visit>
-inline void RKp_ForCoverage(int64_t begin, int64_t end, int32_t size, Visit&& visit) {
-    const int64_t first_fraction = begin & 0xFFFF, last_fraction = end & 0xFFFF;
-    const int64_t last = end >> 16;
-    int64_t i = begin >> 16;
-    if (first_fraction != 0) {
-        if (i >= 0 && i < size) visit(static_cast<int32_t>(i), static_cast<int32_t>(0x10000 - first_fraction));
-        ++i;
-    }
-    const int64_t whole_end = std::min<int64_t>(last, size);
-    for (i = std::max<int64_t>(i, 0); i < whole_end; ++i) visit(static_cast<int32_t>(i), 0x10000);
-    if (last_fraction != 0 && last >= 0 && last < size)
-        visit(static_cast<int32_t>(last), static_cast<int32_t>(last_fraction));
-}
-
-// The position of pixel i; beyond what 16.16 holds it wraps.
-inline int32_t RKp_WholePosition(int32_t i) { return static_cast<int32_t>(static_cast<uint32_t>(i) << 16); }
-
-constexpr double RKp_k2ToMinus16 = 1.52587890625e-05;
-constexpr double RKp_k2ToMinus32 = RKp_k2ToMinus16 * RKp_k2ToMinus16;
-
-struct RKp_AreaSums {
-    double A = 0, R = 0, G = 0, B = 0;
-
-    template <class P>
-    void add(const P& p, double weight) {
-        const double a = weight * static_cast<double>(p.alpha);
-        A += a;
-        R += a * static_cast<double>(p.red);
-        G += a * static_cast<double>(p.green);
-        B += a * static_cast<double>(p.blue);
-    }
-};
-
+// With one parameter block, at any position.
 template <class Form>
-inline RKp_AreaSums RKp_SumFootprint(void* ref, int32_t x, int32_t y, const RK_SampPB& pb) {
+class RKp_AreaSampler {
     using P = typename Form::Pixel;
-    const RK_LayerDef& src = *pb.src;
-    const RKp_Footprint box = RKp_MakeFootprint(x, y, pb);
-    const bool narrow = pb.x_radius <= RK_kHalfPixel, low = pb.y_radius <= RK_kHalfPixel;
-    RKp_AreaSums sums;
-    const auto addPoint = [&](int32_t px, int32_t py, double weight) {
-        P sample;
-        Form::point()(ref, px, py, &pb, &sample);
-        sums.add(sample, weight);
-    };
-    if (narrow && low) {
-        addPoint(x, y,
-                 static_cast<double>(box.right - box.left) * static_cast<double>(box.bottom - box.top) *
-                     RKp_k2ToMinus32);
-    } else if (low) {
-        const double height = static_cast<double>(int64_t{pb.y_radius} * 2) * RKp_k2ToMinus32;
-        RKp_ForCoverage(box.left, box.right, src.width,
-                        [&](int32_t column, int32_t cover) { addPoint(RKp_WholePosition(column), y, cover * height); });
-    } else if (narrow) {
-        const double width = static_cast<double>(int64_t{pb.x_radius} * 2) * RKp_k2ToMinus32;
-        RKp_ForCoverage(box.top, box.bottom, src.height,
-                        [&](int32_t row, int32_t cover) { addPoint(x, RKp_WholePosition(row), cover * width); });
-    } else {
-        const RKp_Footprint inside = RKp_ClampFootprint(box, src);
-        if (inside.left >= inside.right || inside.top >= inside.bottom) return sums;
-        RKp_ForCoverage(inside.top, inside.bottom, src.height, [&](int32_t row, int32_t row_cover) {
-            const auto* pixels = reinterpret_cast<const P*>(static_cast<const char*>(src.data) +
-                                                            static_cast<ptrdiff_t>(row) * src.rowbytes);
-            const double row_weight = row_cover * RKp_k2ToMinus32;
-            RKp_ForCoverage(inside.left, inside.right, src.width, [&](int32_t column, int32_t cover) {
-                sums.add(pixels[column], cover * row_weight);
-            });
-        });
+
+  public:
+    RKp_AreaSampler(void* ref, const RK_SampPB& pb)
+        : ref_(ref), pb_(&pb), src_(*pb.src), edges_(RKp_ClampFootprint({0, 0, INT64_MAX, INT64_MAX}, src_)),
+          x_radius_(pb.x_radius), y_radius_(pb.y_radius),
+          quarter_(x_radius_ * RKp_k2ToMinus16 * y_radius_ * RKp_k2ToMinus16) {}
+
+    P operator()(int32_t x, int32_t y) const {
+        const RKp_AreaSums sums = sumsAt(x, y);
+        const __m128d A = _mm_unpacklo_pd(sums.ar, sums.ar);
+        if (_mm_cvtsd_f64(A) == 0) return P{};
+        // The whole footprint's area, not the clipped one's: what hangs over the edge lowers alpha.
+        const __m128d ar =
+            _mm_div_pd(_mm_mul_pd(sums.ar, _mm_set_pd(1, 0.25)), _mm_move_sd(A, _mm_set_sd(quarter_)));
+        // A limit stands for what is not less, so for NaN too.
+        const __m128d alpha = _mm_min_sd(ar, _mm_set_sd(Form::limit));
+        if (_mm_cvtsd_f64(alpha) == 0) return P{};
+        return Form::rounded(_mm_move_sd(ar, alpha), _mm_div_pd(sums.gb, A));
     }
-    return sums;
-}
+
+  private:
+    RKp_AreaSums sumsAt(int32_t x, int32_t y) const {
+        const RKp_Footprint box = RKp_MakeFootprint(x, y, *pb_);
+        const bool narrow = x_radius_ <= RK_kHalfPixel, low = y_radius_ <= RK_kHalfPixel;
+        if (!narrow && !low) {
+            if (box.left >= 0 && box.top >= 0 && box.right <= edges_.right && box.bottom <= edges_.bottom)
+                return RKp_SumBox<P>(src_, box);
+            const RKp_Footprint inside = RKp_ClampFootprint(box, src_);
+            return inside.isEmpty() ? RKp_AreaSums() : RKp_SumBox<P>(src_, inside);
+        }
+        RKp_AreaSums sums;
+        const auto addPoint = [&](int32_t px, int32_t py, double weight) {
+            P sample;
+            Form::point()(ref_, px, py, pb_, &sample);
+            sums.add(&sample, weight);
+        };
+        if (narrow && low) {
+            addPoint(x, y,
+                     static_cast<double>(box.right - box.left) * static_cast<double>(box.bottom - box.top) *
+                         RKp_k2ToMinus32);
+        } else if (low) {
+            const double height = static_cast<double>(int64_t{y_radius_} * 2) * RKp_k2ToMinus32;
+            RKp_ForCoverage(box.left, box.right, src_.width, [&](int32_t column, int32_t cover) {
+                addPoint(RKp_WholePosition(column), y, cover * height);
+            });
+        } else {
+            const double width = static_cast<double>(int64_t{x_radius_} * 2) * RKp_k2ToMinus32;
+            RKp_ForCoverage(box.top, box.bottom, src_.height, [&](int32_t row, int32_t cover) {
+                addPoint(x, RKp_WholePosition(row), cover * width);
+            });
+        }
+        return sums;
+    }
+
+    void* ref_;
+    const RK_SampPB* pb_;
+    RK_LayerDef src_;
+    RKp_Footprint edges_;  // the source's
+    int32_t x_radius_, y_radius_;
+    double quarter_;  // of the footprint's area
+};
 
 template <class Form>
 inline typename Form::Pixel RKp_AreaSample(void* ref, int32_t x, int32_t y, const RK_SampPB& pb) {
-    using P = typename Form::Pixel;
-    const RKp_AreaSums sums = RKp_SumFootprint<Form>(ref, x, y, pb);
-    if (sums.A == 0) return P{};
-    // The whole footprint's area, not the clipped one's: what hangs over the edge lowers alpha.
-    const double mean = sums.A * 0.25 / (pb.x_radius * RKp_k2ToMinus16 * pb.y_radius * RKp_k2ToMinus16);
-    const double alpha = mean < Form::limit ? mean : Form::limit;
-    if (alpha == 0) return P{};
-    return P{Form::alpha(alpha), Form::colour(sums.R / sums.A), Form::colour(sums.G / sums.A),
-             Form::colour(sums.B / sums.A)};
+    return RKp_AreaSampler<Form>(ref, pb)(x, y);
+}
+template <class Form>
+void RKp_RowArea(const RK_SampPB& pb, RK_SampleWalk walk, int64_t count, typename Form::Pixel* out) {
+    const RKp_AreaSampler<Form> sample(nullptr, pb);
+    for (int64_t i = 0; i < count; ++i, walk.next()) out[i] = sample(walk.x, walk.y);
 }
 
 #endif

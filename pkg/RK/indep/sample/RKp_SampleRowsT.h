@@ -8,11 +8,6 @@
 #include "RK/indep/sample/RKp_SpanRows.h"
 #include "RK/indep/sample/RKp_SubpixelSample_StraightT.h"
 
-// Any sampler: one call for each position.
-template <class P>
-void RKp_RowCalled(RK_Sampler<P>* sampler, const RK_SampPB* pb, RK_SampleWalk walk, int64_t count, P* out) {
-    for (int64_t i = 0; i < count; ++i, walk.next()) sampler(nullptr, walk.x, walk.y, pb, out + i);
-}
 template <class P>
 void RKp_RowTranslateCalled(RK_SamplerTranslate<P>* sampler, const double weights[4], const RK_SampPB* pb,
                             RK_SampleWalk walk, int64_t count, P* out) {

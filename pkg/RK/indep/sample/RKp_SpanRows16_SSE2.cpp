@@ -1,26 +1,18 @@
 // Spans at 16 bits, as RKp_SpanRows8_SSE2.cpp tells. Between differing alphas the products of alpha and
 // colour are rounded, so there the doubles and their order are the sampler's own.
-#include <emmintrin.h>
-
+#include "RK/indep/sample/RKp_Pixels_SSE2.h"
 #include "RK/indep/sample/RKp_SpanRows.h"
 #include "RK/indep/sample/RKp_SpanRunsT.h"
 
 namespace {
 
-__m128i load(const RK_Pixel16* p) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)); }
 __m128i loadTwo(const RK_Pixel16* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 
-// Packing saturates signed words: -32768..32767 stands for 0..65535.
-__m128i packed(__m128i first, __m128i second) {
-    const __m128i bias = _mm_set1_epi32(32768);
-    return _mm_xor_si128(_mm_packs_epi32(_mm_sub_epi32(first, bias), _mm_sub_epi32(second, bias)),
-                         _mm_set1_epi16(-32768));
-}
 void storeOne(__m128i pixel, RK_Pixel16* out) {
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), packed(pixel, pixel));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), RKp_PackedWords(pixel, pixel));
 }
 void storeTwo(__m128i first, __m128i second, RK_Pixel16* out) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), packed(first, second));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), RKp_PackedWords(first, second));
 }
 
 class Lanes16 {
@@ -70,22 +62,14 @@ class Lanes16 {
         };
         const RKp_Weights<double> w = RKp_BilinearWeights<double>(x_, y_);
         const __m128d w00 = _mm_set1_pd(w.w00), w10 = _mm_set1_pd(w.w10), w01 = _mm_set1_pd(w.w01),
-                      w11 = _mm_set1_pd(w.w11), one = _mm_set_sd(1.0), half = _mm_set1_pd(0.5);
-        struct Channels {
-            __m128d alpha, ar, gb;
-        };
-        const auto channels = [one](const RK_Pixel16* p) {
-            const __m128i dwords = _mm_unpacklo_epi16(load(p), _mm_setzero_si128());
-            const __m128d ar = _mm_cvtepi32_pd(dwords);
-            return Channels{_mm_unpacklo_pd(ar, ar), _mm_move_sd(ar, one),
-                            _mm_cvtepi32_pd(_mm_shuffle_epi32(dwords, _MM_SHUFFLE(1, 0, 3, 2)))};
-        };
-        const auto product = [](const Channels& c, __m128d weight) {
+                      w11 = _mm_set1_pd(w.w11), half = _mm_set1_pd(0.5);
+        const auto product = [](const RKp_PixelDoubles& c, __m128d weight) {
             const __m128d a = _mm_mul_pd(weight, c.alpha);
             return Products{_mm_mul_pd(a, c.ar), _mm_mul_pd(a, c.gb)};
         };
         const auto column = [&](int64_t at) {
-            const Channels top = channels(source.top + at), bottom = channels(source.bottom + at);
+            const RKp_PixelDoubles top = RKp_AsDoubles(source.top + at),
+                                   bottom = RKp_AsDoubles(source.bottom + at);
             return Column{product(top, w00), product(bottom, w01), product(top, w10), product(bottom, w11)};
         };
         const auto sum = [](__m128d p00, __m128d p10, __m128d p01, __m128d p11) {

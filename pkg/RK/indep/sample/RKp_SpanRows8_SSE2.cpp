@@ -1,21 +1,12 @@
-// Spans at 8 bits: the four channels of a pixel at a time. Every build has SSE2; on 32 bits the arithmetic
-// asks for it.
+// Spans at 8 bits: the four channels of a pixel at a time.
 //
 // All sums are exact, so their order is free: a column's two pixels are weighed by the rows' weights first,
 // then two columns by theirs. Legend: V a column's sums, S a sample's.
-#include <emmintrin.h>
-
+#include "RK/indep/sample/RKp_Pixels_SSE2.h"
 #include "RK/indep/sample/RKp_SpanRows.h"
 #include "RK/indep/sample/RKp_SpanRunsT.h"
 
 namespace {
-
-// Two pixels as eight words.
-__m128i words(const RK_Pixel8* p) {
-    return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
-}
-// The first word of each half in all of the half.
-__m128i alphas(__m128i pixels) { return _mm_shufflehi_epi16(_mm_shufflelo_epi16(pixels, 0), 0); }
 
 __m128i load(const RK_Pixel8* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 
@@ -56,7 +47,8 @@ class Lanes8 {
         RKp_ForColumns<Column>(
             count,
             [&](int64_t i, Column* first, Column* second) {
-                const __m128i top = words(source.top + i), bottom = words(source.bottom + i);
+                const __m128i top = RKp_TwoAsWords(source.top + i),
+                              bottom = RKp_TwoAsWords(source.bottom + i);
                 const __m128i step = _mm_sub_epi16(bottom, top), base = upper ? bottom : top;
                 *first = doubles(_mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(step, zero), fraction),
                                                _mm_unpacklo_epi16(zero, base)));
@@ -74,17 +66,14 @@ class Lanes8 {
 
     // Alpha, and each colour times alpha, are 16-bit words; V has 32 bits, S 48.
     void differing(const RKp_SpanSource<RK_Pixel8>& source, int64_t count, RK_Pixel8* out) const {
-        const __m128i one = _mm_set_epi16(0, 0, 0, 1, 0, 0, 0, 1),
-                      colours = _mm_set_epi16(-1, -1, -1, 0, -1, -1, -1, 0);
         // 0x10000 is no word: then the rows' weights are halved, and the columns' doubled.
         const int shift = yf_ == 0 ? 1 : 0;
         const __m128i top_weight = _mm_set1_epi16(static_cast<int16_t>((0x10000 - yf_) >> shift));
         const __m128i bottom_weight = _mm_set1_epi16(static_cast<int16_t>(yf_));
         const __m128i left_weight = _mm_set1_epi32((0x10000 - xf_) << shift),
                       right_weight = _mm_set1_epi32(xf_ << shift);
-        const auto premultiplied = [&](const RK_Pixel8* p) {
-            const __m128i pixels = words(p);
-            return _mm_mullo_epi16(pixels, _mm_or_si128(_mm_and_si128(alphas(pixels), colours), one));
+        const auto premultiplied = [](const RK_Pixel8* p) {
+            return RKp_PremultipliedWords(RKp_TwoAsWords(p));
         };
         const auto sums = [&](__m128i left, __m128i right) {
             return _mm_add_epi64(_mm_mul_epu32(left, left_weight), _mm_mul_epu32(right, right_weight));
@@ -109,7 +98,7 @@ class Lanes8 {
         // An alpha that rounds to 0 leaves nothing; its colours may be anything, even no number.
         const auto packed = [](__m128i first, __m128i second) {
             const __m128i pixels = _mm_packs_epi32(first, second);
-            return _mm_andnot_si128(_mm_cmpeq_epi16(alphas(pixels), _mm_setzero_si128()), pixels);
+            return _mm_andnot_si128(_mm_cmpeq_epi16(RKp_AlphaWords(pixels), _mm_setzero_si128()), pixels);
         };
         RKp_ForColumns<__m128i>(
             count,
