@@ -152,8 +152,8 @@ TEST_P(BlurFailures, ScratchThatNoMemoryHoldsIsRefused) {
     RefHost::SetThreadCount(0);
 }
 
-TEST_P(BlurFailures, ScratchIsToldToTheAccountingWhileItLives) {
-    Canvas<RK_Pixel8> src(100, 65), dst(100, 65);
+// Two lines for each thread, the longest that a stage needs and 16 bytes more; the Gaussian one.
+TEST_P(BlurFailures, ScratchIsTwoLinesAThreadToldToTheAccountingWhileItLives) {
     const int64_t before = RefHost::Memory().accounted;
     struct Seen {
         int64_t accounted = -1;
@@ -164,16 +164,26 @@ TEST_P(BlurFailures, ScratchIsToldToTheAccountingWhileItLives) {
                                           return 0;
                                       },
                                       nullptr};
-    Blur b = blur();
-    b.progress = &progress;
-    b.force_copy = 1;
-    RefHost::SetThreadCount(3);
-    EXPECT_EQ(0, b(src, dst));
-    RefHost::SetThreadCount(0);
-    const int64_t line = 100 * 4 + 16, lines = b.passes == 0 ? 1 : 2;
-    EXPECT_GE(seen.accounted - before, 3 * lines * line);
-    EXPECT_LE(seen.accounted - before, 3 * lines * (line + 8 * 4 * b.passes + 16) + 15);
-    EXPECT_EQ(RefHost::Memory().accounted, before);
+    for (const int directions : {0, 1, 2, 3})
+        for (const bool premultiplies : {false, true})
+            for (const int32_t threads : {1, 3}) {
+                Canvas<RK_Pixel8> src(100, 90), dst(100, 90);
+                Blur b = blur();
+                b.progress = &progress;
+                b.src_direction = directions & 1, b.dst_direction = directions >> 1;
+                b.force_copy = premultiplies ? 0 : 1, b.src_premultiplied = premultiplies ? 0 : 1;
+                RefHost::SetThreadCount(threads);
+                EXPECT_EQ(0, b(src, dst));
+                RefHost::SetThreadCount(0);
+                // A stage between passes is wider by what the passes before it, and those to come, both
+                // reach.
+                const int64_t wider = b.passes == 3 ? 2 * 2 : 0;
+                const int64_t shorter = 90 + wider, longest = 100 + wider;
+                const int64_t lines = threads * (b.passes == 0 ? 1 : 2);
+                EXPECT_GE(seen.accounted - before, lines * (shorter * 4 + 16));
+                EXPECT_LE(seen.accounted - before, lines * (longest * 4 + 16 + 15) + 15);
+                EXPECT_EQ(RefHost::Memory().accounted, before);
+            }
 }
 
 // ---- Progress -------------------------------------------------------------------------------------------

@@ -24,8 +24,7 @@
 //
 // The result is 0, or that, or with nothing written: 3 with a report for a null world, null pixels, a radius
 // that is negative or NaN or 2147483648 and more; 3 for unequal or unknown depths; 4, reported, for memory. A
-// blur that loads lines or has more passes takes two lines of scratch for each thread, and for columns, four
-// of which go abreast, eight.
+// blur that loads lines or has more passes takes two lines of scratch for each thread, the Gaussian one.
 #ifndef RK_BLUR_FLAGS_H
 #define RK_BLUR_FLAGS_H
 

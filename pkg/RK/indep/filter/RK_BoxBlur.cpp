@@ -47,18 +47,15 @@ class BoxBlur {
         for (int32_t k = 0; k < passes_; ++k) {
             stage.from = range(k);
             stage.to = range(k + 1);
-            // In scratch lines lie side by side.
-            stage.in_step = stage.out_step = count;
-            stage.in_across = stage.out_across = 1;
+            // As in scratch, which holds one line.
+            stage.in_step = stage.out_step = 1;
             if (k == 0 && !job.load) {
                 stage.in = source;
                 stage.in_step = job.src.step;
                 stage.in_across = job.src.template pixelsAcross<P>();
             } else {
                 stage.in = buffer(k);
-                if (k == 0)
-                    RKp_LoadLines(job, source, job.src.template pixelsAcross<P>(), count, stage.from,
-                                  buffer(k));
+                if (k == 0) RKp_LoadLine(job, source, stage.from, buffer(k));
             }
             if (k == passes_ - 1) {
                 stage.out = job.dst.template line<P>(i);

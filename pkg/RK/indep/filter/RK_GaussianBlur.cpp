@@ -56,10 +56,9 @@ class GaussianBlur {
         lines.in_across = job.src.template pixelsAcross<P>();
         if (job.load) {
             P* const buffer = job.scratch.template buffer<P>(thread, 0);
-            RKp_LoadLines(job, lines.in, lines.in_across, count, {0, job.src.length}, buffer);
+            RKp_LoadLine(job, lines.in, {0, job.src.length}, buffer);
             lines.in = buffer;
-            lines.in_step = count;
-            lines.in_across = 1;
+            lines.in_step = 1;
         }
         lines.out = job.dst.template line<P>(i);
         lines.out_step = job.dst.step;

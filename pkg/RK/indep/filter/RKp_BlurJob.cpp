@@ -46,9 +46,10 @@ RKp_BlurJob::RKp_BlurJob(const RKp_BlurArguments& given, int32_t pixel_size)
       threads(std::max(KIT_GetNumThreads(), 1)) {}
 
 void RKp_BlurJob::allocate(int32_t buffers, int64_t places, int32_t pixel_size) {
-    if ((src.columns || dst.columns) && src.evenly && dst.evenly)
-        block = buffers == 0 ? RKp_kBlurBlock : RKp_kBlurScratchBlock;
-    if (buffers != 0) scratch.allocate(threads, buffers, places, block * pixel_size);
+    if (buffers != 0)
+        scratch.allocate(threads, buffers, places, pixel_size);
+    else if ((src.columns || dst.columns) && src.evenly && dst.evenly)
+        block = RKp_kBlurBlock;
 }
 
 // ---- Scratch --------------------------------------------------------------------------------------------

@@ -36,10 +36,9 @@ struct RKp_BlurLines {
     bool evenly;  // `across` is a whole number of pixels
 };
 
-// Lines that are walked together where neighbours share cache lines: straight from world to world, and
-// through scratch, which they share out. Powers of two up to 64, so that progress comes between blocks.
+// Lines that are walked together where neighbours share cache lines, straight from world to world. 64 at
+// most, so that progress comes between blocks.
 constexpr int32_t RKp_kBlurBlock = 64;
-constexpr int32_t RKp_kBlurScratchBlock = 4;
 
 // What both exports are given.
 struct RKp_BlurArguments {
@@ -80,7 +79,7 @@ class RKp_BlurScratch {
     RKp_BlurScratch& operator=(const RKp_BlurScratch&) = delete;
     ~RKp_BlurScratch();
 
-    // For each thread `buffers` of them, each for `pixels` pixels and 16 bytes more. Throws 4, reported.
+    // For each thread `buffers` of them, each for a line of `pixels` and 16 bytes more. Throws 4, reported.
     void allocate(int32_t threads, int32_t buffers, int64_t pixels, int32_t pixel_size);
     // Aligned to 16.
     template <class P>
@@ -99,7 +98,7 @@ class RKp_BlurScratch {
 // A call's facts, shared read-only by all threads but for the error.
 struct RKp_BlurJob {
     RKp_BlurJob(const RKp_BlurArguments& given, int32_t pixel_size);
-    // Makes scratch of `buffers` a thread, each for the places of a block; none where `buffers` is 0.
+    // Makes scratch of `buffers` a thread, each for a line of `places`; none where `buffers` is 0.
     void allocate(int32_t buffers, int64_t places, int32_t pixel_size);
 
     const RK_ProgressInfo* const progress;
@@ -145,27 +144,20 @@ struct RKp_Range {
     int64_t size() const { return end - first; }
 };
 
-// Pixels of source lines, of which `in` is the first, into a buffer, lines side by side; premultiplied where
-// the job says so.
+// Pixels of a source line into a buffer; premultiplied where the job says so.
 template <class P>
-void RKp_LoadLines(const RKp_BlurJob& job, const P* in, ptrdiff_t across, int32_t lines,
-                   const RKp_Range& range, P* out) {
+void RKp_LoadLine(const RKp_BlurJob& job, const P* in, const RKp_Range& range, P* out) {
     using D = RKp_Depth<P>;
     using C = typename D::Channel;
     if (range.size() == 0) return;
     in += static_cast<ptrdiff_t>(range.first) * job.src.step;
     const bool red = (job.flags & RK_kBlurRed) != 0, green = (job.flags & RK_kBlurGreen) != 0,
                blue = (job.flags & RK_kBlurBlue) != 0;
-    for (int64_t n = range.size(); n > 0; --n, in += job.src.step) {
-        for (int32_t j = 0; j < lines; ++j, ++out) {
-            const P p = in[j * across];
-            const auto mul = [&](bool flagged, C c) {
-                return flagged ? static_cast<C>(D::mul(c, p.alpha)) : c;
-            };
-            *out = job.premultiply_on_load
-                       ? P{p.alpha, mul(red, p.red), mul(green, p.green), mul(blue, p.blue)}
-                       : p;
-        }
+    for (int64_t n = range.size(); n > 0; --n, in += job.src.step, ++out) {
+        const P p = *in;
+        const auto mul = [&](bool flagged, C c) { return flagged ? static_cast<C>(D::mul(c, p.alpha)) : c; };
+        *out =
+            job.premultiply_on_load ? P{p.alpha, mul(red, p.red), mul(green, p.green), mul(blue, p.blue)} : p;
     }
 }
 

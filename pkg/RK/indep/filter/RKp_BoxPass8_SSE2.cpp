@@ -79,7 +79,7 @@ class Lanes {
     template <bool kEdges>
     bool run(Sums* S, const RKp_BoxRun<P>& run) const {
         if (multiplier_ == 0) return false;
-        if (run.lines == 1 && run.in_step == 1 && run.out_step == 1) return runRow<kEdges>(*S, run);
+        if (run.lines == 1) return runLine<kEdges>(*S, run);
         if (run.in_across == 1 && run.out_across == 1 && run.lines % 4 == 0)
             return runColumns<kEdges>(S, run);
         return false;
@@ -149,15 +149,42 @@ class Lanes {
         if (kEdges) t = _mm_sub_epi16(t, _mm_mullo_epi16(e, s.edge));
         return _mm_srl_epi16(_mm_mulhi_epu16(t, s.multiplier), s.multiplier_shift);
     }
-    __m128i masked(__m128i q, const P* centre) const {
-        if (kAll) return q;
+    __m128i masked(__m128i q, __m128i centre) const {
         const __m128i mask = _mm_set1_epi32(static_cast<int32_t>(mask_));
-        return _mm_or_si128(_mm_and_si128(mask, q), _mm_andnot_si128(mask, load4(centre)));
+        return _mm_or_si128(_mm_and_si128(mask, q), _mm_andnot_si128(mask, centre));
     }
 
-    // Four pixels at a time, by twos: the second's sum is the first's and its own step.
+    // Four pixels of a line.
+    template <bool kApart>
+    static __m128i gather4(const P* p, ptrdiff_t step) {
+        if (!kApart) return load4(p);
+        const auto one = [&](int n) {
+            int32_t bytes;
+            std::memcpy(&bytes, p + n * step, sizeof bytes);
+            return _mm_cvtsi32_si128(bytes);
+        };
+        return _mm_unpacklo_epi64(_mm_unpacklo_epi32(one(0), one(1)), _mm_unpacklo_epi32(one(2), one(3)));
+    }
+    template <bool kApart>
+    static void scatter4(__m128i pixels, P* p, ptrdiff_t step) {
+        if (!kApart) return _mm_storeu_si128(reinterpret_cast<__m128i*>(p), pixels);
+        for (int n = 0; n < 4; ++n, pixels = _mm_srli_si128(pixels, 4)) {
+            const int32_t bytes = _mm_cvtsi128_si32(pixels);
+            std::memcpy(p + n * step, &bytes, sizeof bytes);
+        }
+    }
     template <bool kEdges>
-    bool runRow(Sums& S, const RKp_BoxRun<P>& run) const {
+    bool runLine(Sums& S, const RKp_BoxRun<P>& run) const {
+        if (run.in_step != 1)
+            run.out_step != 1 ? along<kEdges, true, true>(S, run) : along<kEdges, true, false>(S, run);
+        else
+            run.out_step != 1 ? along<kEdges, false, true>(S, run) : along<kEdges, false, false>(S, run);
+        return true;
+    }
+    // Four pixels at a time, by twos: the second's sum is the first's and its own step.
+    template <bool kEdges, bool kInApart, bool kOutApart>
+    void along(Sums& S, const RKp_BoxRun<P>& run) const {
+        const ptrdiff_t in = kInApart ? run.in_step : 1, step = kOutApart ? run.out_step : 1;
         const Short s = shorts();
         __m128i t = shorten(S, S), e = _mm_setzero_si128();
         const auto two = [&](__m128i behind, __m128i trailing, __m128i leading) {
@@ -169,22 +196,27 @@ class Lanes {
         };
         int64_t i = 0;
         for (; i + 4 <= run.places; i += 4) {
-            const __m128i behind = load4(run.behind + i), leading = load4(run.leading + i);
-            const __m128i trailing = kEdges ? load4(run.trailing + i) : behind;
+            const auto at = [&](const P* p) {
+                return gather4<kInApart>(p + static_cast<ptrdiff_t>(i) * in, in);
+            };
+            const __m128i behind = at(run.behind), leading = at(run.leading);
+            const __m128i trailing = kEdges ? at(run.trailing) : behind;
             const __m128i low = two(low16(behind), low16(trailing), low16(leading));
             const __m128i high = two(high16(behind), high16(trailing), high16(leading));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(run.out + i),
-                             masked(_mm_packus_epi16(low, high), run.centre + i));
+            const __m128i made = _mm_packus_epi16(low, high);
+            scatter4<kOutApart>(kAll ? made : masked(made, at(run.centre)),
+                                run.out + static_cast<ptrdiff_t>(i) * step, step);
         }
         for (; i < run.places; ++i) {
             const __m128i none = _mm_setzero_si128();
-            const auto second = [&](const P* p) { return _mm_unpacklo_epi64(none, read(p + i)); };
+            const ptrdiff_t from = static_cast<ptrdiff_t>(i) * in;
+            const auto second = [&](const P* p) { return _mm_unpacklo_epi64(none, read(p + from)); };
             const __m128i q = two(second(run.behind), second(run.trailing), second(run.leading));
             const __m128i bytes = _mm_packus_epi16(_mm_unpackhi_epi64(q, q), none);
-            keep(static_cast<uint32_t>(_mm_cvtsi128_si32(bytes)), run.centre + i, run.out + i);
+            keep(static_cast<uint32_t>(_mm_cvtsi128_si32(bytes)), run.centre + from,
+                 run.out + static_cast<ptrdiff_t>(i) * step);
         }
         S = lengthen<kEdges>(_mm_unpackhi_epi64(t, t), _mm_unpackhi_epi64(e, e));
-        return true;
     }
 
     // Four lines in two vectors.
@@ -209,8 +241,9 @@ class Lanes {
                 };
                 const __m128i low = two(low16(b), low16(f), low16(l), t[j / 2]);
                 const __m128i high = two(high16(b), high16(f), high16(l), t[j / 2 + 1]);
+                const __m128i made = _mm_packus_epi16(low, high);
                 _mm_storeu_si128(reinterpret_cast<__m128i*>(out + j),
-                                 masked(_mm_packus_epi16(low, high), centre + j));
+                                 kAll ? made : masked(made, load4(centre + j)));
             }
             behind += run.in_step, trailing += run.in_step, leading += run.in_step, centre += run.in_step;
             out += run.out_step;

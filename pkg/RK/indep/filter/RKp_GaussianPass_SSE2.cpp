@@ -134,15 +134,21 @@ void pass(const RKp_GaussianLines<P>& lines) {
     const bool fits = lines.reach <= Four::kReach;
     // Neighbouring lines, or neighbouring places whose taps all lie in the line.
     const int32_t abreast = fits && lines.in_across == 1 && lines.out_across == 1 ? lines.lines / 4 * 4 : 0;
-    const bool along = fits && lines.lines == 1 && lines.in_step == 1 && lines.out_step == 1;
+    const bool along = fits && lines.lines == 1 && lines.in_step == 1;
     const int64_t reach = std::max(lines.reach, 0), inner = reach, inner_end = lines.in_length - reach;
     P* out = lines.out;
     for (int32_t i = 0; i < lines.out_length; ++i, out += lines.out_step) {
         const int64_t place = i + lines.shift;
         const RKp_GaussianTaps taps(lines, place);
         if (along && place >= inner && place + 4 <= inner_end && i + 4 <= lines.out_length) {
-            four<Four>(lines, taps, lines.in, out);
-            i += 3, out += 3;
+            if (lines.out_step == 1) {
+                four<Four>(lines, taps, lines.in, out);
+            } else {
+                P made[4];
+                four<Four>(lines, taps, lines.in, made);
+                for (int n = 0; n < 4; ++n) out[n * lines.out_step] = made[n];
+            }
+            i += 3, out += 3 * lines.out_step;
             continue;
         }
         for (int32_t j = 0; j < abreast; j += 4) four<Four>(lines, taps, lines.in + j, out + j);
