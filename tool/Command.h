@@ -10,6 +10,7 @@ int RunTransform(const std::vector<std::string>& arguments);
 int RunResize(const std::vector<std::string>& arguments);
 int RunHalve(const std::vector<std::string>& arguments);
 int RunBoxMean(const std::vector<std::string>& arguments);
+int RunBlur(const std::vector<std::string>& arguments);
 int RunConvolve(const std::vector<std::string>& arguments);
 int RunCrossfade(const std::vector<std::string>& arguments);
 int RunMask(const std::vector<std::string>& arguments);

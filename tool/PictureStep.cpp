@@ -14,7 +14,7 @@ int RunPictureStep(const std::string& path, const ResultArguments& arguments, co
     const Size size = step.size(*file, depth);
     OutputFile out(arguments.out);
     const Library library;
-    Progress progress(arguments.quiet, 2 + DeliverStages(arguments));
+    Progress progress(arguments.quiet, 1 + step.parts + DeliverStages(arguments));
     progress.Stage("reading " + file->Shown());
     const WorldPtr in = file->Decode(depth, progress);
     progress.Stage(step.name + " " + file->Shown());

@@ -17,6 +17,7 @@ constexpr const char* kExitLine =
 // of that size.
 struct PictureStep {
     std::string name;  // "resizing", for the progress bar
+    int parts = 1;     // stages of drawing, of which `draw` begins those after the first
     std::function<Size(const PictureFile& in, int depth)> size;
     std::function<void(RK_World& in, RK_World& out, int depth, Progress& progress)> draw;
 };

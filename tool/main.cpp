@@ -27,6 +27,7 @@ constexpr Command kCommands[] = {
     {"resize", "make a picture larger or smaller", RunResize},
     {"halve", "make a picture half as large", RunHalve},
     {"boxmean", "give each pixel the mean of the box around it", RunBoxMean},
+    {"blur", "blur a picture with a box or a Gaussian", RunBlur},
     {"convolve", "filter a picture with a kernel: sharpen, find edges, blur, your own", RunConvolve},
     {"crossfade", "mix two pictures of one size", RunCrossfade},
     {"mask", "make masks, change and combine them, cut pictures out", RunMask},

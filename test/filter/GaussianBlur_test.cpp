@@ -259,6 +259,21 @@ TEST_F(GaussianBlur, WithAlphaNotNamedColoursAreDividedByThePixelsOwnAlpha) {
     EXPECT_EQ(dst(0, 0).green, (50 * w[1] * 255 + 100 * total / 2) / (100 * total));
 }
 
+// The weight of all taps times a channel of 16 bits leaves 32 bits there.
+TYPED_TEST(GaussianBlurDepth, AWideKernelDividesByAnAlphaThatIsNotNamedToo) {
+    using C = decltype(TypeParam::alpha);
+    const auto w = kWhole<TypeParam>;
+    Canvas<TypeParam> src(1200, 1), dst(1200, 1);
+    const TypeParam p = {w, static_cast<C>(w / 2), static_cast<C>(w / 5), 0};
+    src.picture.fill(p);
+    for (const float radius : {300.0f, 900.0f}) {
+        Blur blur = gaussian(radius, 14 | RK_kBlurRenormalise);
+        blur.dst_premultiplied = 0;
+        EXPECT_EQ(0, blur(src, dst));
+        EXPECT_LE(apart(src, dst), sizeof(TypeParam) == 16 ? 1e-5 : 0) << radius;
+    }
+}
+
 TEST_F(GaussianBlur, DividedColoursAreHeldToFullAtDepths8And16Only) {
     Canvas<RK_Pixel8> src8(1, 1), dst8(1, 1);
     src8(0, 0) = {100, 101, 200, 50};

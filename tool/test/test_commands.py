@@ -217,7 +217,7 @@ class Help(ToolTest):
             page = file.read()
         texts = [self.good("--help").decode(), page] + [self.good(c, "--help").decode()
                                                         for c in ("composite", "transform", "resize", "halve", "boxmean",
-                                                                  "convolve", "crossfade", "mask", "modes", "slots",
+                                                                  "blur", "convolve", "crossfade", "mask", "modes", "slots",
                                                                   "info")]
         self.write("emboss.txt", b"-2 -1 0 -1 1 1 0 1 2")
         examples = {}  # in the order of the page: some use what those before them made

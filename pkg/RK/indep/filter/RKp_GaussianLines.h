@@ -75,6 +75,8 @@ struct RKp_GaussianDepth<RK_Pixel8> {
     // 255 * 255 * 65535 taps fit.
     using Sum = uint32_t;
     static Sum term(uint8_t c, int32_t w) { return static_cast<Sum>(c) * static_cast<Sum>(w); }
+    // A channel times the weight of all taps.
+    static Sum whole(uint8_t c, int32_t D) { return term(c, D); }
     static uint8_t mean(Sum S, int32_t D) {
         const auto d = static_cast<Sum>(D);
         return static_cast<uint8_t>((S + d / 2) / d);
@@ -87,6 +89,7 @@ template <>
 struct RKp_GaussianDepth<RK_Pixel16> {
     using Sum = float;
     static Sum term(uint16_t c, int32_t w) { return static_cast<float>(c * w); }
+    static Sum whole(uint16_t c, int32_t D) { return static_cast<float>(c) * static_cast<float>(D); }
     static uint16_t mean(Sum S, int32_t D) {
         return static_cast<uint16_t>(RKp_Truncate((S + static_cast<float>(D / 2)) / static_cast<float>(D)));
     }
@@ -99,6 +102,7 @@ template <>
 struct RKp_GaussianDepth<RK_PixelFloat> {
     using Sum = float;
     static Sum term(float c, int32_t w) { return c * static_cast<float>(w); }
+    static Sum whole(float c, int32_t D) { return term(c, D); }
     static float mean(Sum S, int32_t D) { return S / static_cast<float>(D); }
     static float colour(Sum S, Sum Sa) { return S / Sa; }
 };
@@ -139,7 +143,7 @@ P RKp_GaussianPixel(const RKp_GaussianLines<P>& lines, int32_t D, const RKp_Gaus
     const bool alpha = (lines.flags & RK_kBlurAlpha) != 0, red = (lines.flags & RK_kBlurRed) != 0,
                green = (lines.flags & RK_kBlurGreen) != 0, blue = (lines.flags & RK_kBlurBlue) != 0;
     if (lines.divide) {
-        const auto Sa = alpha ? S.a : A::term(p.alpha, D);
+        const auto Sa = alpha ? S.a : A::whole(p.alpha, D);
         const bool none = D == 0 || Sa == 0;
         if (alpha) p.alpha = none ? C{0} : A::mean(Sa, D);
         if (red) p.red = none ? C{0} : A::colour(S.r, Sa);
