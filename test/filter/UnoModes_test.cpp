@@ -69,6 +69,61 @@ TEST(UnoModes, DeepSamplesAtTheEdgesAndAtRandom) {
     }
 }
 
+// ---- Vector code ----------------------------------------------------------------------------------------
+
+// The processor record of a test, until it ends.
+class WithRecord {
+  public:
+    explicit WithRecord(const KIT_CPU_Data& record) : before_(*KIT_G_CPU_DataP) { RefHost::SetCPU(record); }
+    ~WithRecord() { RefHost::SetCPU(before_); }
+    WithRecord(const WithRecord&) = delete;
+    WithRecord& operator=(const WithRecord&) = delete;
+
+  private:
+    const KIT_CPU_Data before_;
+};
+
+// A row from `at` on, with canaries around, under a record: in place, apart, weighted, and from noise.
+template <class S>
+std::vector<S> rowUnder(const KIT_CPU_Data& record, int32_t mode, size_t at, RK_Long count) {
+    const WithRecord with(record);
+    test::Random r(static_cast<uint32_t>(mode * 97 + count));
+    std::vector<S> src(at + static_cast<size_t>(count) + 8), rows[3];
+    for (S& s : src) s = test::sample(r, S{});
+    rows[0].resize(src.size());
+    for (S& s : rows[0]) s = test::sample(r, S{});
+    rows[1] = rows[2] = rows[0];
+    const S* const dst = rows[1].data() + at;
+    std::vector<uint32_t> words(37);
+    for (uint32_t& w : words) w = r.next();
+    RKp_NoiseTable noise = {words.data(), words.data() + 5, words.data() + words.size()};
+    RKp_MaskAccumulate<S>(&noise, mode, count, src.data() + at, rows[0].data() + at);
+    RKp_MaskTransfer<S>(&noise, mode, count, src.data() + at, dst, rows[1].data() + at);
+    RKp_MaskAccumulateWeighted<S>(&noise, mode, 200, 190, count, src.data() + at, rows[2].data() + at);
+    std::vector<S> all = rows[0];
+    for (int i : {1, 2}) all.insert(all.end(), rows[i].begin(), rows[i].end());
+    all.push_back(static_cast<S>(noise.cursor - noise.begin));
+    return all;
+}
+
+template <class S>
+void expectRecordsAgree() {
+    for (int32_t mode : {-1, 1, 2, 3, 4, 5, 6, 7})
+        for (RK_Long count = 0; count <= 1100; count += count < 100 ? 1 : 500)
+            for (size_t at : {0u, 1u, 7u})
+                ASSERT_EQ(rowUnder<S>({0, 0}, mode, at, count), rowUnder<S>({1, 1}, mode, at, count))
+                    << "mode " << mode << ", " << count << " samples from " << at;
+}
+TEST(UnoModes, NoProcessorRecordChangesAByte) {
+    expectRecordsAgree<uint8_t>();
+    expectRecordsAgree<uint16_t>();
+}
+
+TEST(UnoModes, BytesWidenAsChannelsDo) {
+    for (int s = 0; s < 256; ++s)
+        ASSERT_EQ(RKp_UnoWidened(static_cast<uint8_t>(s)), (s * 32768 + 128) / 255) << s;
+}
+
 TEST(UnoModes, UnknownNumbersAreUnions) {
     const std::vector<uint8_t> src = {0, 10, 128, 255}, dst = {77, 200, 128, 3};
     for (int32_t mode : {0, 8, -2, 1000, INT32_MIN, INT32_MAX})

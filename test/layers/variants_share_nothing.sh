@@ -8,7 +8,7 @@ bad=0
 for object in "$@"; do
   defined=$("$nm" -C --defined-only "$object") || { echo "cannot read $object"; exit 1; }
   [ -n "$defined" ] || { echo "$object defines nothing"; exit 1; }
-  shared=$(printf '%s\n' "$defined" | grep -E '^[0-9a-f]* *[WVu] ' | grep -vE '^[^(]*_SSSE3')
+  shared=$(printf '%s\n' "$defined" | grep -E '^[0-9a-f]* *[WVu] ' | grep -vE '^[^(]*_(SSSE3|AVX2)')
   if [ -n "$shared" ]; then
     printf '%s shares\n%s\n' "$object" "$shared"
     bad=1

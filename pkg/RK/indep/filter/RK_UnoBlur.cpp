@@ -60,7 +60,12 @@ RK_Long boxes(int32_t mode, const RKp_LineSpan& span, int32_t radius, const S* s
     const double k = (mode == 0 ? 1.4 : 0.9) * r / 2.71;
     if (k <= 1.0) {
         if (mode != 1) return gaussian(span, radius, src, dst);
-        RKp_BoxLine(span, ((radius >> 1) + 0x8000) >> 16, src, dst);
+        // k at most 1 is a radius of at most 3.01.
+        switch (((radius >> 1) + 0x8000) >> 16) {
+            case 0: RKp_BoxLine<0>(span, src, dst); break;
+            case 1: RKp_BoxLine<1>(span, src, dst); break;
+            default: RKp_BoxLine<2>(span, src, dst); break;
+        }
         return RK_kOK;
     }
     const auto w = static_cast<int64_t>(r * (mode == 0 ? 0.6 : 1.0)) + 3;

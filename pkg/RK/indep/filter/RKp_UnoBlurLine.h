@@ -50,15 +50,23 @@ void RKp_GaussBlock(const RKp_LineSpan& span, const int32_t* kernel, int64_t rea
         uint32_t* to = part + begin;
         for (int64_t i = 0; i < end - begin; ++i) to[i] += static_cast<uint32_t>(from[i]) * weight;
     }
+    // Half a unit more keeps every quotient further above its whole number than the product can be wrong.
+    const double share = 1.0 / static_cast<double>(total);
+    S* const to = RKp_Column(out, block.first);
     if (total <= kWeightsIn32) {
-        const auto divisor = static_cast<uint32_t>(total);
-        for (int64_t i = 0; i < count; ++i)
-            *RKp_Column(out, block.first + i) = static_cast<S>(part[i] / divisor);
+        // By way of signed numbers, which processors convert.
+        for (int64_t i = 0; i < count; ++i) {
+            const double sum =
+                static_cast<double>(static_cast<int32_t>(part[i] ^ 0x80000000u)) + 2147483648.5;
+            to[i] = static_cast<S>(static_cast<int32_t>(sum * share));
+        }
         return;
     }
     flush();
-    for (int64_t i = 0; i < count; ++i)
-        *RKp_Column(out, block.first + i) = static_cast<S>(sums[i] / static_cast<uint64_t>(total));
+    for (int64_t i = 0; i < count; ++i) {
+        const double sum = static_cast<double>(static_cast<int64_t>(sums[i])) + 0.5;
+        to[i] = static_cast<S>(static_cast<int32_t>(sum * share));
+    }
 }
 
 template <class S>
@@ -71,21 +79,31 @@ void RKp_GaussLine(const RKp_LineSpan& span, const int32_t* kernel, int64_t reac
 
 // ---- A single box ---------------------------------------------------------------------------------------
 
-// A running sum over 2 * half + 1 columns, rounded to nearest, halves up. `half` is small.
-template <class S>
-void RKp_BoxLine(const RKp_LineSpan& span, int64_t half, const S* src, S* dst) {
-    const RKp_LineSpan all = span.widened(half);
-    const int64_t window = 2 * half + 1;
-    const auto at = [&](int64_t column) -> int32_t {
-        return column >= span.first && column < span.end ? *RKp_Column(src, column) : 0;
+// The mean of 2 * half + 1 columns, rounded to nearest, halves up.
+template <int32_t half, class S>
+void RKp_BoxLine(const RKp_LineSpan& span, const S* src, S* dst) {
+    constexpr int32_t kWindow = 2 * half + 1;
+    const auto mean = [](int32_t sum) { return static_cast<S>((2 * sum + kWindow) / (2 * kWindow)); };
+    // Columns whose window reaches past the span.
+    const auto edge = [&](int64_t from, int64_t to) {
+        for (int64_t c = from; c < to; ++c) {
+            int32_t sum = 0;
+            for (int64_t k = std::max(c - half, span.first); k < std::min(c + half + 1, span.end); ++k)
+                sum += *RKp_Column(src, k);
+            *RKp_Column(dst, c) = mean(sum);
+        }
     };
-    int32_t sum = 0;
-    for (int64_t c = all.first - half; c < all.first + half; ++c) sum += at(c);
-    for (int64_t c = all.first; c < all.end; ++c) {
-        sum += at(c + half);
-        *RKp_Column(dst, c) = static_cast<S>((2 * sum + window) / (2 * window));
-        sum -= at(c - half);
+    const RKp_LineSpan all = span.widened(half);
+    const int64_t first = std::min(span.first + half, all.end), end = std::max(span.end - half, first);
+    edge(all.first, first);
+    const S* const from = RKp_Column(src, first - half);
+    S* const out = RKp_Column(dst, first);
+    for (int64_t i = 0; i < end - first; ++i) {
+        int32_t sum = 0;
+        for (int32_t k = 0; k < kWindow; ++k) sum += from[i + k];
+        out[i] = mean(sum);
     }
+    edge(end, all.end);
 }
 
 // ---- Repeated boxes -------------------------------------------------------------------------------------

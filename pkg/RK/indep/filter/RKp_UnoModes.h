@@ -98,6 +98,13 @@ struct RKp_UnoDepth<uint16_t> {
     }
 };
 
+// A byte moved to 16 bits, floor((s * 32768 + 128) / 255), in 16-bit lanes: half of 257 s, rounded up, and
+// half a step more for the two largest.
+inline uint16_t RKp_UnoWidened(uint8_t s) {
+    const auto twice = static_cast<uint16_t>(s * 257), more = static_cast<uint16_t>((s + 2) >> 8);
+    return static_cast<uint16_t>((twice + more + 1) >> 1);
+}
+
 // Transfer alone works at this depth.
 template <>
 struct RKp_UnoDepth<float> {

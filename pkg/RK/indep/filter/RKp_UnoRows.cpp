@@ -1,10 +1,12 @@
 // Legend: s, d samples; m a scaled source sample; n noise.
 #include "RK/indep/filter/RKp_UnoRows.h"
 
+#include <algorithm>
 #include <iterator>
 #include <type_traits>
 
 #include "RK/indep/filter/RKp_UnoModes.h"
+#include "RK/indep/filter/RKp_UnoRows_AVX2.h"
 #include "RK/indep/world/RKp_ChannelConvert.h"
 
 namespace {
@@ -56,6 +58,54 @@ constexpr TransferRow<S>* kTransfer[] = {
 #undef RKP_UNO_MODE
 };
 
+// How many samples wide code has done.
+template <class S>
+RK_Long wideRow(int32_t place, RK_Long count, const S* s, const S* d, S* dst) {
+    if constexpr (std::is_floating_point_v<S>)
+        return 0;
+    else
+        return RKp_HasAVX2() ? RKp_WideUnoRow_AVX2(place, S{})(count, s, d, dst) : 0;
+}
+
+// dst = mode(src, dst), and dst = mode(a, b).
+template <class S>
+void accumulate(int32_t place, RK_Long count, const S* src, S* dst) {
+    const RK_Long done = wideRow(place, count, src, dst, dst);
+    kAccumulate<S>[place](count - done, src + done, dst + done);
+}
+template <class S>
+void transfer(int32_t place, RK_Long count, const S* a, const S* b, S* dst) {
+    const RK_Long done = wideRow(place, count, a, b, dst);
+    kTransfer<S>[place](count - done, a + done, b + done, dst + done);
+}
+constexpr int32_t kSubtract = 1, kIntersect = 2, kAdd = 6;
+
+// ---- Rows of one value ----------------------------------------------------------------------------------
+
+// Products with a value that is the same for all samples are vectorised when it is read like a sample.
+constexpr RK_Long kBlock = 512;
+template <class S>
+struct Even {
+    explicit Even(S value) { std::fill(samples, samples + kBlock, value); }
+    S samples[kBlock];
+};
+// run(first, count) for the blocks of a row.
+template <class Count, class Run>
+void inBlocks(Count count, Run run) {
+    for (Count first = 0; first < count; first += kBlock)
+        run(first, static_cast<RK_Long>(std::min<Count>(kBlock, count - first)));
+}
+// work(first, count, m) with the products of the row and the value, block by block.
+template <class S, class Work>
+void withProducts(RK_Long count, const S* src, S value, Work work) {
+    const Even<S> even(value);
+    inBlocks(count, [&](RK_Long first, RK_Long here) {
+        S m[kBlock];
+        transfer<S>(kIntersect, here, even.samples, src + first, m);
+        work(first, here, m);
+    });
+}
+
 // ---- Noise ----------------------------------------------------------------------------------------------
 
 // run(first, end, words) for stretches of the samples whose words lie in a row in the table: sample i takes
@@ -96,30 +146,48 @@ S exactShare(int64_t m, S d, int64_t limit, uint32_t n) {
     }
 }
 
+void widenRow(RK_Long count, const uint8_t* src, uint16_t* dst) {
+    for (RK_Long i = 0; i < count; ++i) dst[i] = RKp_UnoWidened(src[i]);
+}
+
+// d towards the limit by the share m. At 16 bits there are no words.
+template <class S>
+void shareRow(RK_Long count, const S* m, S limit, const uint32_t* words, S* dst) {
+    for (RK_Long i = 0; i < count; ++i) {
+        const S d = dst[i], room = static_cast<S>(std::max(limit, d) - d);
+        const uint32_t noise = sizeof(S) == 1 ? words[i] : 0u;
+        dst[i] = static_cast<S>(d + RKp_UnoDepth<S>::ditheredShare(m[i], room, noise));
+    }
+}
+
+// dst = dither(a, b).
+template <class S>
+void ditherRow(RKp_NoiseTable* noise, RK_Long count, const S* a, const S* b, S* dst) {
+    withNoise(noise, count, [=](RK_Long first, RK_Long end, const uint32_t* words) {
+        RK_Long i = first;
+        if constexpr (sizeof(S) == 1)
+            if (RKp_HasAVX2()) i += RKp_DitherRow_AVX2(words, end - first, a + first, b + first, dst + first);
+        for (; i < end; ++i) dst[i] = RKp_UnoDepth<S>::dither(a[i], b[i], words[i - first]);
+    });
+}
+
 }  // namespace
 
 template <class S>
 RK_Long RKp_MaskAccumulate(RKp_NoiseTable* noise, int32_t mode, RK_Long count, const S* src, S* dst) {
     if (mode == RK_kUnoDither)
-        withNoise(noise, count, [=](RK_Long first, RK_Long end, const uint32_t* words) {
-            for (RK_Long i = first; i < end; ++i)
-                dst[i] = RKp_UnoDepth<S>::dither(src[i], dst[i], words[i - first]);
-        });
-    else
-        kAccumulate<S>[placeOf(mode)](count, src, dst);
+        ditherRow(noise, count, src, dst, dst);
+    else if (count > 0)
+        accumulate(placeOf(mode), count, src, dst);
     return RK_kOK;
 }
 
 template <class S>
 void RKp_MaskTransfer(RKp_NoiseTable* noise, int32_t mode, RK_Long count, const S* a, const S* b, S* dst) {
     if constexpr (!std::is_floating_point_v<S>) {
-        if (mode == RK_kUnoDither)
-            return withNoise(noise, count, [=](RK_Long first, RK_Long end, const uint32_t* words) {
-                for (RK_Long i = first; i < end; ++i)
-                    dst[i] = RKp_UnoDepth<S>::dither(a[i], b[i], words[i - first]);
-            });
+        if (mode == RK_kUnoDither) return ditherRow(noise, count, a, b, dst);
     }
-    kTransfer<S>[placeOf(mode)](count, a, b, dst);
+    if (count > 0) transfer(placeOf(mode), count, a, b, dst);
 }
 
 template <class S>
@@ -130,26 +198,27 @@ RK_Long RKp_MaskAccumulateWeighted(RKp_NoiseTable* noise, int32_t mode, int32_t 
     const bool fits = inRange<S>(opacity);
     if (mode != RK_kUnoDither) {
         if (fits)
-            for (RK_Long i = 0; i < count; ++i) dst[i] = D::add(D::mul(src[i], o), dst[i]);
+            withProducts(count, src, o, [=](RK_Long first, RK_Long here, const S* m) {
+                accumulate(kAdd, here, m, dst + first);
+            });
         else
             for (RK_Long i = 0; i < count; ++i)
                 dst[i] = static_cast<S>(std::min<int64_t>(D::kFull, dst[i] + exactMul(src[i], opacity, S{})));
         return RK_kOK;
     }
     const bool shares = fits && inRange<S>(limit);
-    const auto run = [=](RK_Long first, RK_Long end, const uint32_t* words) {
+    constexpr bool kDraws = sizeof(S) == 1;
+    const auto run = [=](RK_Long begin, RK_Long end, const uint32_t* words) {
         if (shares)
-            for (RK_Long i = first; i < end; ++i) {
-                const S d = dst[i], room = static_cast<S>(std::max(l, d) - d);
-                dst[i] = static_cast<S>(
-                    d + D::ditheredShare(D::mul(src[i], o), room, words ? words[i - first] : 0u));
-            }
+            withProducts(end - begin, src + begin, o, [&](RK_Long first, RK_Long here, const S* m) {
+                shareRow(here, m, l, kDraws ? words + first : nullptr, dst + begin + first);
+            });
         else
-            for (RK_Long i = first; i < end; ++i)
+            for (RK_Long i = begin; i < end; ++i)
                 dst[i] =
-                    exactShare(exactMul(src[i], opacity, S{}), dst[i], limit, words ? words[i - first] : 0u);
+                    exactShare(exactMul(src[i], opacity, S{}), dst[i], limit, kDraws ? words[i - begin] : 0u);
     };
-    if (sizeof(S) == 1)
+    if (kDraws)
         withNoise(noise, count, run);
     else
         run(0, count, nullptr);
@@ -159,9 +228,12 @@ RK_Long RKp_MaskAccumulateWeighted(RKp_NoiseTable* noise, int32_t mode, int32_t 
 RK_Long RKp_MaskAdd8To16(int32_t opacity, RK_Long count, const uint8_t* src, uint16_t* dst) {
     using D = RKp_UnoDepth<uint16_t>;
     if (inRange<uint8_t>(opacity)) {
-        const auto o = static_cast<uint8_t>(opacity);
-        for (RK_Long i = 0; i < count; ++i)
-            dst[i] = D::add(RKp_8To16(RKp_UnoDepth<uint8_t>::mul(src[i], o)), dst[i]);
+        withProducts(count, src, static_cast<uint8_t>(opacity),
+                     [=](RK_Long first, RK_Long here, const uint8_t* m) {
+                         uint16_t wide[kBlock];
+                         widenRow(here, m, wide);
+                         accumulate<uint16_t>(kAdd, here, wide, dst + first);
+                     });
         return RK_kOK;
     }
     for (RK_Long i = 0; i < count; ++i) {
@@ -177,20 +249,27 @@ RK_Long RKp_MaskAdd8To16(int32_t opacity, RK_Long count, const uint8_t* src, uin
 template <class S>
 void RKp_MaskInvertAndFade(int32_t k, RK_Long count, S* row) {
     using D = RKp_UnoDepth<S>;
-    // mul(~s, k) is the mode that subtracts s from k.
-    if (inRange<S>(k))
-        for (RK_Long i = 0; i < count; ++i) row[i] = D::subtract(row[i], static_cast<S>(k));
-    else
+    if (!inRange<S>(k)) {
         for (RK_Long i = 0; i < count; ++i) row[i] = static_cast<S>(exactMul(D::kFull - row[i], k, S{}));
+        return;
+    }
+    // mul(~s, k) is the mode that subtracts s from k.
+    const Even<S> even(static_cast<S>(k));
+    inBlocks(count, [&](RK_Long first, RK_Long here) {
+        transfer<S>(kSubtract, here, row + first, even.samples, row + first);
+    });
 }
 
 template <class S>
 void RKp_MaskFade(int32_t k, int64_t count, S* row) {
-    using D = RKp_UnoDepth<S>;
-    if (inRange<S>(k))
-        for (int64_t i = 0; i < count; ++i) row[i] = D::mul(row[i], static_cast<S>(k));
-    else
+    if (!inRange<S>(k)) {
         for (int64_t i = 0; i < count; ++i) row[i] = static_cast<S>(exactMul(row[i], k, S{}));
+        return;
+    }
+    const Even<S> even(static_cast<S>(k));
+    inBlocks(count, [&](int64_t first, RK_Long here) {
+        accumulate<S>(kIntersect, here, even.samples, row + static_cast<ptrdiff_t>(first));
+    });
 }
 
 // ---- Conversion -----------------------------------------------------------------------------------------
@@ -214,11 +293,20 @@ void withQuotient(uint16_t divisor, Work work) {
     }
 }
 
+// (255 v + 16384) >> 15, low bits, in 16-bit lanes.
+void narrowRow(RK_Long count, const uint16_t* src, const uint16_t* full, uint8_t* dst) {
+    for (RK_Long i = 0; i < count; ++i)
+        dst[i] = static_cast<uint8_t>(RKp_UnoDepth<uint16_t>::product(src[i], full[i], 16384u));
+}
+
 }  // namespace
 
 RK_Long RKp_MaskNarrow16To8(uint16_t divisor, RK_Long count, const uint16_t* src, uint8_t* dst) {
-    withQuotient(divisor, [=](auto quotient) {
-        for (RK_Long i = 0; i < count; ++i) dst[i] = RKp_16To8(quotient(src[i]));
+    const Even<uint16_t> even(255);
+    inBlocks(count, [&](RK_Long first, RK_Long here) {
+        uint16_t v[kBlock];
+        RKp_MaskDivide16(divisor, here, src + first, v);
+        narrowRow(here, v, even.samples, dst + first);
     });
     return RK_kOK;
 }
