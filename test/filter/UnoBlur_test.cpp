@@ -128,7 +128,8 @@ std::vector<S> randomLine(uint32_t seed, size_t count) {
 template <class S, class Wanted>
 void expectScan(Scan<S>* scan, int32_t mode, int32_t first, int32_t last, int32_t radius, size_t room,
                 Wanted wanted) {
-    const std::vector<S> whole = randomLine<S>(static_cast<uint32_t>(first + last + radius), room);
+    const std::vector<S> whole = randomLine<S>(
+        static_cast<uint32_t>(first) + static_cast<uint32_t>(last) + static_cast<uint32_t>(radius), room);
     const int32_t begin = std::max(first, 0);
     const std::vector<S> span(whole.begin() + begin, whole.begin() + std::max(last, begin));
     const S* const line = span.empty() ? nullptr : span.data() - begin;
