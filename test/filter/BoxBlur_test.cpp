@@ -8,6 +8,7 @@
 #include "RK/indep/frame/RKp_Globals.h"
 #include "RK/indep/frame/RKp_OverFuncs.h"
 #include "test/filter/Blurs.h"
+#include "test/plain/Compare.h"
 
 namespace {
 
@@ -249,6 +250,50 @@ TYPED_TEST(BoxBlurDepth, ReadingRowsAndWritingColumnsTransposes) {
                     EXPECT_EQ(0, blur(turned, rows));
                     EXPECT_TRUE(transposed(rows).picture == want.picture);
                 }
+}
+
+// Columns go abreast through all passes where the scratch has room for several, rows one after the other.
+TYPED_TEST(BoxBlurDepth, LongColumnsAreTheRowsOfTheTransposed) {
+    test::Random r(sizeof(TypeParam));
+    for (int round = 0; round < test::amount(240); ++round) {
+        const int length = 30 + static_cast<int>(r.below(260)), lines = 1 + static_cast<int>(r.below(40)),
+                  out_length = 20 + static_cast<int>(r.below(300)),
+                  out_lines = 1 + static_cast<int>(r.below(40));
+        Canvas<TypeParam> src(lines, length), dst(out_lines, out_length), want(out_length, out_lines);
+        src.random(r.next()).at(static_cast<int>(r.below(9)), static_cast<int>(r.below(60)));
+        dst.random(r.next()).at(static_cast<int>(r.below(9)), static_cast<int>(r.below(90)) - 20);
+        Canvas<TypeParam> turned = transposed(src);
+        turned.at(src.world->record.origin_y, src.world->record.origin_x);
+        want.at(dst.world->record.origin_y, dst.world->record.origin_x);
+        Blur blur;
+        blur.radius = r.below(3) == 0 ? static_cast<float>(r.below(60)) : r.unit() * 20;
+        blur.passes = 1 + static_cast<int>(r.below(10));
+        blur.flags = r.below(2) == 0 ? 15 + 16 * r.below(2) : r.below(32);
+        blur.src_premultiplied = r.below(2) != 0, blur.dst_premultiplied = r.below(3) != 0;
+        blur.force_copy = r.below(2) != 0;
+        EXPECT_EQ(0, blur(turned, want));
+        EXPECT_EQ(0, blur.columns()(src, dst));
+        ASSERT_TRUE(transposed(dst).picture == want.picture)
+            << round << ": radius " << blur.radius << " passes " << blur.passes << " flags " << blur.flags;
+        ASSERT_TRUE(dst.picture.guardsWhole());
+    }
+}
+
+TYPED_TEST(BoxBlurDepth, LongColumnsMayBeBlurredInPlaceThroughACopy) {
+    for (const float radius : {0.0f, 2.5f, 9.0f, 31.0f})
+        for (const int passes : {1, 2, 3, 9})
+            for (const int32_t premultiplied : {0, 1}) {
+                Canvas<TypeParam> world(37, 300), want(37, 300);
+                world.random(8);
+                Blur blur;
+                blur.radius = radius, blur.passes = passes, blur.flags = 31;
+                blur.src_premultiplied = blur.dst_premultiplied = premultiplied;
+                blur.columns();
+                EXPECT_EQ(0, blur(world, want));
+                blur.force_copy = 1;
+                EXPECT_EQ(0, blur(world, world));
+                EXPECT_TRUE(world.picture == want.picture) << radius << " " << passes;
+            }
 }
 
 TEST_F(BoxBlur, OriginsAreTakenOnEachWorldsOwnAxes) {

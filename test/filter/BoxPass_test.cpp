@@ -47,6 +47,8 @@ void compare(test::Random& r) {
     stage.from.end = stage.from.first + length;
     stage.to.first = stage.from.first + static_cast<int64_t>(r.below(60)) - 40;
     stage.to.end = stage.to.first + out_length;
+    stage.part = stage.to;
+    stage.in_first = stage.from.first, stage.out_first = stage.to.first;
     stage.lines = lines;
     stage.radius = kRadii[r.below(std::size(kRadii))];
     stage.reach = static_cast<int32_t>(std::ceil(stage.radius));
@@ -54,7 +56,17 @@ void compare(test::Random& r) {
     stage.out = want.picture.row(0);
     RKp_BoxPass(stage);
     stage.out = got.picture.row(0);
-    RKp_BoxPass_SSE2(stage);
+    RKp_BoxState state;
+    if (r.below(2) == 0) {
+        RKp_BoxPass_SSE2(stage);
+    } else {  // piece by piece
+        stage.state = &state;
+        for (stage.part.end = stage.to.first; stage.part.end < stage.to.end;) {
+            stage.part.first = stage.part.end;
+            stage.part.end = std::min(stage.to.end, stage.part.end + 1 + r.below(40));
+            RKp_BoxPass_SSE2(stage);
+        }
+    }
     ASSERT_TRUE(got.picture.guardsWhole() && want.picture.guardsWhole());
     for (int y = 0; y < want.height(); ++y) {
         const int x = test::firstDifference(&want(0, y), &got(0, y), want.width());
@@ -90,7 +102,7 @@ TEST(BoxPass, EveryQuotientIsExactAtDepth8) {
             RKp_BoxStage<RK_Pixel8> stage = {};
             stage.in = in.picture.row(0);
             stage.in_step = stage.out_step = 1;
-            stage.from = stage.to = {0, length};
+            stage.from = stage.to = stage.part = {0, length};
             stage.lines = 1;
             stage.reach = reach;
             stage.radius = static_cast<float>(reach) - static_cast<float>(f) / 1024;

@@ -81,6 +81,8 @@ class RKp_BlurScratch {
 
     // For each thread `buffers` of them, each for a line of `pixels` and 16 bytes more. Throws 4, reported.
     void allocate(int32_t threads, int32_t buffers, int64_t pixels, int32_t pixel_size);
+    // The bytes of a thread's buffers, which lie one after the other.
+    int64_t bytes() const { return static_cast<int64_t>(buffer_bytes_) * buffers_; }
     // Aligned to 16.
     template <class P>
     P* buffer(int32_t thread, int32_t which) const {
@@ -146,14 +148,14 @@ struct RKp_Range {
 
 // Pixels of a source line into a buffer; premultiplied where the job says so.
 template <class P>
-void RKp_LoadLine(const RKp_BlurJob& job, const P* in, const RKp_Range& range, P* out) {
+void RKp_LoadLine(const RKp_BlurJob& job, const P* in, const RKp_Range& range, P* out, ptrdiff_t step = 1) {
     using D = RKp_Depth<P>;
     using C = typename D::Channel;
     if (range.size() == 0) return;
     in += static_cast<ptrdiff_t>(range.first) * job.src.step;
     const bool red = (job.flags & RK_kBlurRed) != 0, green = (job.flags & RK_kBlurGreen) != 0,
                blue = (job.flags & RK_kBlurBlue) != 0;
-    for (int64_t n = range.size(); n > 0; --n, in += job.src.step, ++out) {
+    for (int64_t n = range.size(); n > 0; --n, in += job.src.step, out += step) {
         const P p = *in;
         const auto mul = [&](bool flagged, C c) { return flagged ? static_cast<C>(D::mul(c, p.alpha)) : c; };
         *out =

@@ -6,13 +6,26 @@
 
 #include "RK/indep/filter/RKp_BlurJob.h"
 
+// Where a walk stopped: what it has counted, and the sums of each line.
+struct RKp_BoxState {
+    static constexpr int32_t kLines = 16;
+    static constexpr size_t kSumBytes = 32;
+    int64_t count;
+    alignas(16) uint8_t sums[kLines * kSumBytes];
+};
+
 template <class P>
 struct RKp_BoxStage {
-    const P* in;                      // the pixel at from.first
-    P* out;                           // the pixel at to.first
+    const P* in;                      // the pixel at in_first
+    P* out;                           // the pixel at out_first
+    int64_t in_first, out_first;      // places
     ptrdiff_t in_step, out_step;      // along a line
     ptrdiff_t in_across, out_across;  // from line to line
     RKp_Range from, to;
+    // What is written now: all of `to`; or the next part of it, with `state` to go on from and at most
+    // RKp_BoxState::kLines lines. The pixels of `from` that the part's windows reach must be there.
+    RKp_Range part;
+    RKp_BoxState* state;
     int32_t lines;  // 1 to RKp_kBlurBlock
     int32_t reach;  // the radius rounded up
     float radius;

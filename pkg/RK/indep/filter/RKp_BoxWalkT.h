@@ -20,6 +20,7 @@
 #define RKP_BOX_WALK_T_H
 
 #include <algorithm>
+#include <cstring>
 #include <type_traits>
 
 #include "RK/indep/filter/RK_BlurFlags.h"
@@ -53,18 +54,22 @@ class RKp_BoxWalk {
     RKp_BoxWalk(const RKp_BoxStage<P>& stage, const A& arithmetic) : stage_(stage), a_(arithmetic) {}
 
     void run() {
-        start();
+        if (stage_.part.first == stage_.to.first)
+            start();
+        else
+            resume();
         // Where a pixel comes in, falls out, or is the centre.
         const int64_t reach = stage_.reach, first = stage_.from.first, end = stage_.from.end;
         const int64_t bounds[] = {first - reach, end - reach,       first,          end, first + reach,
                                   end + reach,   first + reach + 1, end + reach + 1};
-        for (int64_t place = stage_.to.first; place < stage_.to.end;) {
-            int64_t stop = stage_.to.end;
+        for (int64_t place = stage_.part.first; place < stage_.part.end;) {
+            int64_t stop = stage_.part.end;
             for (const int64_t bound : bounds)
                 if (bound > place) stop = std::min(stop, bound);
             span(place, stop);
             place = stop;
         }
+        if (stage_.state != nullptr) keep(*stage_.state);
     }
 
   private:
@@ -74,8 +79,7 @@ class RKp_BoxWalk {
     struct Cursor {
         Cursor(const RKp_BoxStage<P>& stage, int64_t place, const P& zero)
             : inside(place >= stage.from.first && place < stage.from.end),
-              at(inside ? stage.in + static_cast<ptrdiff_t>(place - stage.from.first) * stage.in_step
-                        : &zero),
+              at(inside ? stage.in + static_cast<ptrdiff_t>(place - stage.in_first) * stage.in_step : &zero),
               step(inside ? stage.in_step : 0),
               across(inside ? stage.in_across : 0) {}
         const P* line(int32_t j) const { return at + j * across; }
@@ -99,6 +103,17 @@ class RKp_BoxWalk {
         Cursor cursor(stage_, from, zero_);
         for (int64_t place = from; place <= to; ++place, cursor.at += cursor.step)
             for (int32_t j = 0; j < lines(); ++j) a_.add(sums_[j], a_.read(cursor.line(j)));
+    }
+
+    void keep(RKp_BoxState& state) const {
+        static_assert(sizeof(Sums) <= RKp_BoxState::kSumBytes && sizeof(Weight) <= sizeof state.count);
+        std::memcpy(&state.count, &count_, sizeof count_);
+        std::memcpy(state.sums, sums_, static_cast<size_t>(lines()) * sizeof(Sums));
+    }
+    void resume() {
+        std::memcpy(&count_, &stage_.state->count, sizeof count_);
+        std::memcpy(static_cast<void*>(sums_), stage_.state->sums,
+                    static_cast<size_t>(lines()) * sizeof(Sums));
     }
 
     // Places first up to end - 1, in which the same of the window's ends are inside.
@@ -147,7 +162,7 @@ class RKp_BoxWalk {
         }
     }
     P* outAt(int64_t place) const {
-        return stage_.out + static_cast<ptrdiff_t>(place - stage_.to.first) * stage_.out_step;
+        return stage_.out + static_cast<ptrdiff_t>(place - stage_.out_first) * stage_.out_step;
     }
 
     struct None {};
