@@ -59,6 +59,8 @@ inline void add(Digests& digests, const std::string& name, const Hash& hash) {
 
 // The cases of samplers, transforms, copies, tables and decimation.
 void addSampling(Digests& digests);
+// The cases of masks.
+void addMasks(Digests& digests);
 
 }  // namespace digests
 

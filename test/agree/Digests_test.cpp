@@ -168,6 +168,7 @@ Digests render() {
     addFills<RK_PixelFloat>(digests);
     addCompositeRects(digests);
     digests::addSampling(digests);
+    digests::addMasks(digests);
     return digests;
 }
 
