@@ -77,9 +77,10 @@ RK_Long copySampled(RK_ProgressInfo* progress, bool premultiplied, const RK_Laye
     pb.src = &src;
     pb.x_radius = x_axis.step / 2;
     pb.y_radius = y_axis.step / 2;
-    pb.area = static_cast<int32_t>(std::min(static_cast<double>(x_axis.step) * static_cast<double>(y_axis.step) *
-                                                1.52587890625e-5,
-                                            2147483647.0));
+    // Steps that have lost their high bits may be negative.
+    pb.area = static_cast<int32_t>(std::clamp(static_cast<double>(x_axis.step) * static_cast<double>(y_axis.step) *
+                                                  1.52587890625e-5,
+                                              -2147483648.0, 2147483647.0));
     // A copy within one world may read what it has drawn, so there pixel follows pixel.
     RK_RowSampler<P>* const sample = overlap(src, dst) ? RKp_RowCalled<P> : RKp_GetRowSampler(sampler);
     RK_SampleWalk line = {x_axis.start, y_axis.start, x_axis.step, 0};

@@ -188,14 +188,18 @@ class GeneralMotion {
 
 // ---- Drawing ---------------------------------------------------------------------------------------------
 
+// The caller's scratch as it stands, or the process-wide one.
+template <class P>
+RK_BlendScratch scratchOf(const Request& r) {
+    if (r.scratch != nullptr) return *r.scratch;
+    RK_BlendScratch scratch;
+    RKp_ThrowIf(RKp_ReallocScratch(r.dst->record.width, sizeof(RK_Channel<P>), false, &scratch));
+    return scratch;
+}
+
 template <class P, class Filler>
 void drawRows(const Request& r, const RKp_TransformSetup& setup) {
-    RK_BlendScratch scratch;
-    if (r.scratch != nullptr) {
-        scratch = *r.scratch;
-    } else {
-        RKp_ThrowIf(RKp_ReallocScratch(r.dst->record.width, sizeof(RK_Channel<P>), false, &scratch));
-    }
+    RK_BlendScratch scratch = scratchOf<P>(r);
     RK_BlendingMode<P> mode = RK_MakeBlendingMode<P>(modeOf(r));
     const GEO_LRect& work = setup.work;
     mode.rand_seed = static_cast<int32_t>(static_cast<uint32_t>(mode.rand_seed) + static_cast<uint32_t>(work.left));
@@ -210,7 +214,7 @@ void drawRows(const Request& r, const RKp_TransformSetup& setup) {
         clearAlphaAround(setup.clip, work, dst);
 
     const int32_t width = work.right - work.left, height = work.bottom - work.top;
-    const RKp_ScanRow<P> row = {src, samplers, width, static_cast<P*>(scratch.row_work)};
+    RKp_ScanRow<P> row = {src, samplers, width, static_cast<P*>(scratch.row_work)};
     for (int32_t y = work.top; y < work.bottom; ++y) {
         if (!r.skips(y)) {
             const P* matte = nullptr;
@@ -221,7 +225,12 @@ void drawRows(const Request& r, const RKp_TransformSetup& setup) {
                                       static_cast<RK_Channel<P>*>(scratch.alpha_save), dst.row(y) + work.left));
         }
         filler.nextRow();
-        if ((y & setup.progress_mask) == 0) RKp_ThrowIf(r.tellProgress(y - work.top, height));
+        if ((y & setup.progress_mask) == 0) {
+            RKp_ThrowIf(r.tellProgress(y - work.top, height));
+            // Whoever was told may have drawn meanwhile, and the process-wide rows be others.
+            scratch = scratchOf<P>(r);
+            row.line = static_cast<P*>(scratch.row_work);
+        }
         plan.mode.rand_seed = static_cast<int32_t>(static_cast<uint32_t>(plan.mode.rand_seed) +
                                                    static_cast<uint32_t>(y) * 12281u);
     }
