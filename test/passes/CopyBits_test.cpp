@@ -107,7 +107,8 @@ TEST(CopyBits, DraftConvertsBetweenAnyTwoDepths) {
     for (int y = 0; y < 4; ++y) {
         for (int x = 0; x < 5; ++x) {
             ASSERT_TRUE(test::sameBytes(RKp_ConvertPixel<RK_Pixel8>(src.at(x, y)), small.at(x, y)));
-            ASSERT_TRUE(test::sameBytes(RKp_ConvertPixel<RK_PixelFloat>(src.at(x, y)), deep.at(2 * x + 1, 2 * y + 1)));
+            ASSERT_TRUE(test::sameBytes(RKp_ConvertPixel<RK_PixelFloat>(src.at(x, y)),
+                                        deep.at(2 * x + 1, 2 * y + 1)));
         }
     }
 }
@@ -122,14 +123,15 @@ TEST(CopyBits, PartsOutsideAreCutAndTheOtherRectangleWithThem) {
             for (int x = 0; x < 8; ++x) {
                 const int sx = x - 2 - 3, sy = y - 1 - 2;
                 const bool drawn = x >= 5 && y >= 3 && y < 7;
-                ASSERT_TRUE(test::sameBytes(drawn ? src.at(sx, sy) : RK_Pixel8{}, dst.at(x, y))) << x << ", " << y;
+                ASSERT_TRUE(test::sameBytes(drawn ? src.at(sx, sy) : RK_Pixel8{}, dst.at(x, y)))
+                    << x << ", " << y;
             }
     }
 }
 
 TEST(CopyBits, EmptyAndReversedRectanglesDrawNothing) {
-    const GEO_Rect empties[] = {{0, 3, 2, 3}, {2, 0, 2, 3}, {0, 8, 4, 12}, {8, 0, 12, 4},
-                                {0, -4, 4, 0}, {-4, 0, 0, 4}, {0, 5, 4, 2}, {5, 0, 2, 4}};
+    const GEO_Rect empties[] = {{0, 3, 2, 3},  {2, 0, 2, 3},  {0, 8, 4, 12}, {8, 0, 12, 4},
+                                {0, -4, 4, 0}, {-4, 0, 0, 4}, {0, 5, 4, 2},  {5, 0, 2, 4}};
     for (Copy* how : kCopies) {
         for (const GEO_Rect& empty : empties) {
             test::Picture<RK_Pixel8> src(8, 8), dst(8, 8);
@@ -178,7 +180,8 @@ TEST(CopyBits, DoublingAndHalvingAFlatPictureKeepsItsInside) {
         ASSERT_EQ(0, copy(how, src, big));
         ASSERT_EQ(0, copy(how, big, back));
         for (int y = 1; y < 7; ++y)
-            for (int x = 1; x < 7; ++x) ASSERT_TRUE(test::sameBytes(RK_Pixel8{255, 200, 100, 50}, back.at(x, y)));
+            for (int x = 1; x < 7; ++x)
+                ASSERT_TRUE(test::sameBytes(RK_Pixel8{255, 200, 100, 50}, back.at(x, y)));
     }
 }
 
@@ -204,7 +207,8 @@ TEST(CopyBits, BadArgumentsAreReportedAndTouchNothing) {
     RefHost::TakeReports();
     const uint32_t sites[] = {48, 49, 50};
     for (int i = 0; i < 3; ++i) {
-        for (const RK_LayerDef* src : {static_cast<const RK_LayerDef*>(nullptr), static_cast<const RK_LayerDef*>(&empty)}) {
+        for (const RK_LayerDef* src :
+             {static_cast<const RK_LayerDef*>(nullptr), static_cast<const RK_LayerDef*>(&empty)}) {
             EXPECT_EQ(3, kCopies[i](nullptr, src, &a, nullptr, nullptr));
             const auto reports = RefHost::TakeReports();
             ASSERT_EQ(i == 0 ? 2u : 1u, reports.size());
@@ -233,7 +237,9 @@ struct Bitmap {
         RAS_UnlockPixels(handle);
         RAS_DisposeWorld(handle);
     }
-    RK_Pixel8* row(int y) { return reinterpret_cast<RK_Pixel8*>(static_cast<char*>((*handle)->base) + y * (*handle)->rowbytes); }
+    RK_Pixel8* row(int y) {
+        return reinterpret_cast<RK_Pixel8*>(static_cast<char*>((*handle)->base) + y * (*handle)->rowbytes);
+    }
     RAS_World** handle = nullptr;
 };
 
@@ -282,7 +288,8 @@ TEST(CopyBitsMatrix, EveryPixelWhoseCentreComesFromTheSourceTakesIt) {
     for (int y = 0; y < 9; ++y)
         for (int x = 0; x < 9; ++x) {
             const bool inside = x >= 1 && x < 9 && y >= 1 && y < 7;
-            ASSERT_TRUE(test::sameBytes(inside ? src.at((x - 1) / 2, (y - 1) / 2) : RK_Pixel16{}, dst.at(x, y)));
+            ASSERT_TRUE(
+                test::sameBytes(inside ? src.at((x - 1) / 2, (y - 1) / 2) : RK_Pixel16{}, dst.at(x, y)));
         }
     const auto before = dst;
     const GEO_Matrix3 flat = {{{0, 0, 0}, {0, 1, 0}, {0, 0, 1}}};

@@ -33,18 +33,13 @@ inline int32_t fraction(Random& r) {
 inline int32_t position(Random& r, int size) {
     static const int32_t far[] = {INT32_MIN, INT32_MAX, -0x7FFF0000, 0x7FFF0000, 0x7FFF8000, -0x8000000};
     switch (r.below(16)) {
-        case 0:
-            return far[r.below(6)];
-        case 1:
-            return static_cast<int32_t>(r.next());
+        case 0: return far[r.below(6)];
+        case 1: return static_cast<int32_t>(r.next());
         case 2:
-        case 3:
-            return (static_cast<int32_t>(r.below(3)) - 2) * 0x10000 + fraction(r);
+        case 3: return (static_cast<int32_t>(r.below(3)) - 2) * 0x10000 + fraction(r);
         case 4:
-        case 5:
-            return (size - 2 + static_cast<int32_t>(r.below(4))) * 0x10000 + fraction(r);
-        default:
-            return static_cast<int32_t>(r.below(static_cast<uint32_t>(size))) * 0x10000 + fraction(r);
+        case 5: return (size - 2 + static_cast<int32_t>(r.below(4))) * 0x10000 + fraction(r);
+        default: return static_cast<int32_t>(r.below(static_cast<uint32_t>(size))) * 0x10000 + fraction(r);
     }
 }
 // Both columns, or rows, inside a side of at least 2.

@@ -40,8 +40,8 @@ TEST(Decimate, OnePixelStaysOneWhenOddIsKeptAndIsNoWorldOtherwise) {
     for (Make* make : {RK_NewBoxFilteredDecimateByTwo, RK_NewGaussFilteredDecimateByTwo}) {
         EXPECT_EQ(516, thrownBy([&] { make(&src, false, &untouched); }));
         EXPECT_EQ(kept.get(), untouched);
-        EXPECT_TRUE(test::onlyReport(RefHost::ReportKind::Error, RK_kLocation | RKp_kSiteWorld,
-                                     "invalid parameter"));
+        EXPECT_TRUE(
+            test::onlyReport(RefHost::ReportKind::Error, RK_kLocation | RKp_kSiteWorld, "invalid parameter"));
     }
 }
 

@@ -14,7 +14,9 @@ constexpr int32_t at(double v) { return static_cast<int32_t>(v * 65536); }
 // A picture with its sampler block.
 template <class P>
 struct Source {
-    explicit Source(int width, int height) : picture(width, height), record(picture.record()) { pb.src = &record; }
+    explicit Source(int width, int height) : picture(width, height), record(picture.record()) {
+        pb.src = &record;
+    }
     P sample(RK_Sampler<P>* sampler, int32_t x, int32_t y) const {
         P out;
         std::memset(&out, 0x77, sizeof out);
@@ -26,13 +28,13 @@ struct Source {
     RK_SampPB pb{};
 };
 
-#define EXPECT_PIXEL(a, r, g, b, p)       \
-    do {                                  \
-        const auto pixel_ = (p);          \
-        EXPECT_EQ(a, pixel_.alpha);       \
-        EXPECT_EQ(r, pixel_.red);         \
-        EXPECT_EQ(g, pixel_.green);       \
-        EXPECT_EQ(b, pixel_.blue);        \
+#define EXPECT_PIXEL(a, r, g, b, p) \
+    do {                            \
+        const auto pixel_ = (p);    \
+        EXPECT_EQ(a, pixel_.alpha); \
+        EXPECT_EQ(r, pixel_.red);   \
+        EXPECT_EQ(g, pixel_.green); \
+        EXPECT_EQ(b, pixel_.blue);  \
     } while (false)
 
 TEST(SubpixelSample, AWholePositionReturnsThePixelUnchangedOrZeroOutside) {
@@ -40,7 +42,8 @@ TEST(SubpixelSample, AWholePositionReturnsThePixelUnchangedOrZeroOutside) {
     s.picture.fillRandom(1);
     for (int y = 0; y < 2; ++y)
         for (int x = 0; x < 3; ++x)
-            EXPECT_TRUE(test::sameBytes(s.picture.at(x, y), s.sample(RK_SubpixelSample_Straight, at(x), at(y))));
+            EXPECT_TRUE(
+                test::sameBytes(s.picture.at(x, y), s.sample(RK_SubpixelSample_Straight, at(x), at(y))));
     EXPECT_PIXEL(0, 0, 0, 0, s.sample(RK_SubpixelSample_Straight, at(3), 0));
     EXPECT_PIXEL(0, 0, 0, 0, s.sample(RK_SubpixelSample_Straight, at(-1), 0));
 }
@@ -127,7 +130,8 @@ TEST(SubpixelSample, TranslateWithComputedWeightsAndNoClipGiveTheSameAt8And16Bit
     for (int i = 0; i < 20000; ++i) {
         const auto x = static_cast<int32_t>(r.below(8 << 16)), y = static_cast<int32_t>(r.below(8 << 16));
         double w[4];
-        RK_SubpixelSampleComputeWeight(static_cast<uint16_t>(x & 0xFFFF), static_cast<uint16_t>(y & 0xFFFF), w);
+        RK_SubpixelSampleComputeWeight(static_cast<uint16_t>(x & 0xFFFF), static_cast<uint16_t>(y & 0xFFFF),
+                                       w);
         RK_Pixel8 a8;
         RK_Pixel16 a16;
         RK_SubpixelSampleTranslateNoClip_Straight(nullptr, x, y, w, &s8.pb, &a8);
@@ -145,7 +149,8 @@ TEST(SubpixelSample, ASpanEqualsItsPixelsOneByOneAndSumsTheirAlphas) {
     for (int32_t fraction : {0, 1, 0x7FFF, 0x8000, 0xFFFF}) {
         RK_Pixel8 out[8];
         int32_t sum = 1000, wanted = 1000;
-        EXPECT_EQ(0, RK_SubpixelSpanSampleTranslateNoClip_Straight(nullptr, 8, at(2) + fraction, at(1.25), &s.pb, &sum, out));
+        EXPECT_EQ(0, RK_SubpixelSpanSampleTranslateNoClip_Straight(nullptr, 8, at(2) + fraction, at(1.25),
+                                                                   &s.pb, &sum, out));
         for (int i = 0; i < 8; ++i) {
             const RK_Pixel8 one = s.sample(RK_SubpixelSampleNoClip_Straight, at(2 + i) + fraction, at(1.25));
             EXPECT_TRUE(test::sameBytes(one, out[i]));

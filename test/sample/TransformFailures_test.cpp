@@ -43,6 +43,11 @@ std::vector<Kind> kinds() {
             {"sliding draft", slides, RK_kDraft, RK_Xfer_Over, 7},
             {"growing", grows, RK_kBest, RK_Xfer_Multiply, 7},
             {"turning", turns, RK_kBest, RK_Xfer_Over, 7},
+            {"at rest, three alike",
+             {scaling(1.1, 5), scaling(2, 2), scaling(1.1, 5)},
+             RK_kBest,
+             RK_Xfer_Over,
+             7},
             {"stencil, still", {scaling(0.7, 5)}, RK_kBest, RK_Xfer_StencilAlpha, 31},
             {"stencil, sliding", slides, RK_kBest, RK_Xfer_StencilLuma, 7},
             {"stencil, turning", turns, RK_kBest, RK_Xfer_StencilAlpha, 7}};
@@ -130,6 +135,33 @@ TYPED_TEST(TransformFailure, AnAbortAtAnyCallEndsItThereAndFinishedRowsStay) {
     }
 }
 
+// A translation stops where its transfer does.
+TYPED_TEST(TransformFailure, AnAbortOfATranslationIsThatOfItsTransfer) {
+    typename TestFixture::World tall(24, 400, 0), tall_src(20, 390, 0);
+    this->randomise(tall, 8);
+    this->randomise(tall_src, 9);
+    const GEO_Matrix3 m = translation(3, 5);
+    const RK_CompositeMode mode = modeOf<TypeParam>(RK_Xfer_Screen);
+    const RK_CompositeModePlus plus(mode);
+    // The working rectangle is a pixel larger all around: rows 4 to 396.
+    const GEO_Rect moved = {-1, -1, 391, 21};
+    for (const RK_Long field : {RK_Long{0}, RK_kOddField}) {
+        for (size_t stop = 0; stop <= 4; ++stop) {
+            const auto wanted = this->copyOf(tall), got = this->copyOf(tall);
+            Calls transfers{{}, stop}, transforms{{}, stop};
+            RK_ProgressInfo info = {&transfers, nullptr, &Calls::progress};
+            const RK_Long result = RK_TransferRect(&info, nullptr, nullptr, field, &moved, &tall_src.record,
+                                                   &plus, nullptr, nullptr, 2, 4, &wanted->record);
+            info.refcon = &transforms;
+            EXPECT_EQ(result, RK_TransformWorld(&info, RK_kBest, 0, field, &tall_src, &mode, nullptr, nullptr,
+                                                &m, 1, 1, nullptr, got.get()));
+            EXPECT_EQ(result, stop == 0 || stop > 3 ? 0 : 8642);
+            EXPECT_EQ(transfers.made, transforms.made);
+            EXPECT_TRUE(this->same(*wanted, *got));
+        }
+    }
+}
+
 TYPED_TEST(TransformFailure, ProgressWithoutAFunctionIsNone) {
     RK_ProgressInfo info = {nullptr, nullptr, nullptr};
     this->progress = &info;
@@ -189,7 +221,9 @@ TYPED_TEST(TransformFailure, EveryAllocationThatFailsGives4DrawsNothingAndLosesN
                 // Three rows of scratch, and what a motion keeps of its matrices.
                 const std::string name = kind.name;
                 const bool turning = name.find("turning") != std::string::npos;
-                const bool sliding = kind.matrices.size() > 1 && kind.quality == RK_kBest && !turning;
+                const bool rests = name.find("at rest") != std::string::npos;
+                const bool sliding =
+                    kind.matrices.size() > 1 && kind.quality == RK_kBest && !turning && !rests;
                 EXPECT_EQ(failures, (scratch != nullptr ? 0 : 3) + (turning ? 2 : sliding ? 1 : 0)) << name;
             }
         }
