@@ -7,6 +7,7 @@
 
 #include "RK/indep/filter/RKp_UnoModes.h"
 #include "RK/indep/filter/RKp_UnoRows_AVX2.h"
+#include "RK/indep/frame/RKp_HasAVX2.h"
 #include "RK/indep/world/RKp_ChannelConvert.h"
 
 namespace {

@@ -2,7 +2,6 @@
 #ifndef RKP_UNO_ROWS_AVX2_H
 #define RKP_UNO_ROWS_AVX2_H
 
-#include "RK/host/KIT.h"
 #include "RK/indep/frame/RK.h"
 
 // These do the samples from the first on, as many as whole steps of 32 bytes hold, and return their number.
@@ -18,14 +17,5 @@ RKp_WideUnoRow<uint16_t>* RKp_WideUnoRow_AVX2(int32_t place, uint16_t);
 // The union of bytes, dithered by the low bytes of `words`, one for each sample.
 RK_Long RKp_DitherRow_AVX2(const uint32_t* words, RK_Long count, const uint8_t* s, const uint8_t* d,
                            uint8_t* dst);
-
-// Where the processor record forbids vector code these are not used either.
-inline bool RKp_HasAVX2() {
-#if defined(__x86_64__) || defined(__i386__)
-    return KIT_G_CPU_DataP->has_sse2 != 0 && __builtin_cpu_supports("avx2");
-#else
-    return false;
-#endif
-}
 
 #endif

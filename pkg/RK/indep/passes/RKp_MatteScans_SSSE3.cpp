@@ -10,6 +10,9 @@
 
 #include <tmmintrin.h>
 
+#include "RK/indep/frame/RKp_HasAVX2.h"
+#include "RK/indep/passes/RKp_MatteScans_AVX2.h"
+
 namespace {
 
 enum class Matte { Black, White, Grey };
@@ -359,6 +362,10 @@ struct UnmultiplyFloat {
 template <class P>
 using Scan = RK_Long(RK_Long count, const P* src, P* dst);
 
+// A form of wider steps that may go before the blocks; gives how many pixels it did. Null: none.
+template <class P>
+using Wide = RK_Long(RK_Long count, const P* src, P* dst);
+
 // Whole blocks of the first `count` pixels; gives how many they were.
 template <class Block, bool in_place, class P>
 inline RK_Long blocks(RK_Long count, const P* src, P* dst) {
@@ -368,7 +375,7 @@ inline RK_Long blocks(RK_Long count, const P* src, P* dst) {
 }
 
 template <class Block, class P>
-inline RK_Long scan(RK_Long count, const P* src, P* dst, Scan<P>* scalar) {
+inline RK_Long scan(RK_Long count, const P* src, P* dst, Scan<P>* scalar, Wide<P>* wide) {
     if (count < 1) return RK_kOK;
     const bool in_place = src == nullptr || src == dst;
     const auto rest = [&](RK_Long from, RK_Long n) {
@@ -379,6 +386,7 @@ inline RK_Long scan(RK_Long count, const P* src, P* dst, Scan<P>* scalar) {
     RK_Long done = to_aligned % sizeof(P) == 0 ? static_cast<RK_Long>(to_aligned / sizeof(P)) : 0;
     if (done > count) done = count;
     rest(0, done);
+    if (wide && RKp_HasAVX2()) done += wide(count - done, in_place ? dst + done : src + done, dst + done);
     done += in_place ? blocks<Block, true>(count - done, dst + done, dst + done)
                      : blocks<Block, false>(count - done, src + done, dst + done);
     rest(done, count - done);
@@ -387,16 +395,17 @@ inline RK_Long scan(RK_Long count, const P* src, P* dst, Scan<P>* scalar) {
 
 }  // namespace
 
-#define SCAN(name, P, Block)                                       \
+#define SCAN_AFTER(wide, name, P, Block)                           \
     template <>                                                    \
     RK_Long name##_SSSE3<P>(RK_Long count, const P* src, P* dst) { \
-        return scan<Block>(count, src, dst, name<P>);              \
+        return scan<Block, P>(count, src, dst, name<P>, wide);     \
     }
-SCAN(RKp_Premul_Black, RK_Pixel8, Premultiply8<Matte::Black>)
+#define SCAN(name, P, Block) SCAN_AFTER(nullptr, name, P, Block)
+SCAN_AFTER(RKp_PremulBlack8_AVX2, RKp_Premul_Black, RK_Pixel8, Premultiply8<Matte::Black>)
 SCAN(RKp_Unmul_Black, RK_Pixel8, Unmultiply8<Matte::Black>)
-SCAN(RKp_Premul_White, RK_Pixel8, Premultiply8<Matte::White>)
+SCAN_AFTER(RKp_PremulWhite8_AVX2, RKp_Premul_White, RK_Pixel8, Premultiply8<Matte::White>)
 SCAN(RKp_Unmul_White, RK_Pixel8, Unmultiply8<Matte::White>)
-SCAN(RKp_Premul_Grey, RK_Pixel8, Premultiply8<Matte::Grey>)
+SCAN_AFTER(RKp_PremulGrey8_AVX2, RKp_Premul_Grey, RK_Pixel8, Premultiply8<Matte::Grey>)
 SCAN(RKp_Unmul_Grey, RK_Pixel8, Unmultiply8<Matte::Grey>)
 
 SCAN(RKp_Unmul_Black, RK_Pixel16, Unmultiply16<Matte::Black>)
@@ -412,3 +421,4 @@ SCAN(RKp_Unmul_White, RK_PixelFloat, UnmultiplyFloat<Matte::White>)
 SCAN(RKp_Premul_Grey, RK_PixelFloat, PremultiplyFloat<Matte::Grey>)
 SCAN(RKp_Unmul_Grey, RK_PixelFloat, UnmultiplyFloat<Matte::Grey>)
 #undef SCAN
+#undef SCAN_AFTER
