@@ -338,6 +338,34 @@ TYPED_TEST(UnoAccumulateT, ChecksInAfterEvery64thRowAndStopsAtEach) {
     }
 }
 
+template <class S>
+void expectTransferStops() {
+    for (bool abort_only : {false, true}) {
+        for (size_t stop : {0u, 1u, 2u}) {
+            Mask<S> a(3, 140), b(3, 140), dst(4, 150);
+            const auto full = static_cast<S>(test::kFullSample<S>);
+            a.fill(full), b.fill(full), dst.fill(full);
+            test::Watched watched;
+            if (abort_only) watched.abortsOnly();
+            watched.stop_at = stop;
+            watched.code = 33;
+            EXPECT_EQ(stop ? 33 : 0, RK_TransferUnoBuffers(&watched.info, &a, &b, RK_kUnoDifference, a.rect(),
+                                                           Point{6, 1}, &dst));
+            EXPECT_EQ(watched.calls.size(), stop ? stop : 2u);
+            const int done = stop ? static_cast<int>(stop) * 64 : 140;
+            for (int y = 0; y < 150; ++y) {
+                EXPECT_EQ(dst.at(0, y), full);
+                EXPECT_EQ(dst.at(3, y), y >= 6 && y < 6 + done ? S{0} : full) << y << " of " << stop;
+            }
+        }
+    }
+}
+TEST_F(UnoAccumulate, TransferStopsAtEachCheckInToo) {
+    expectTransferStops<uint8_t>();
+    expectTransferStops<uint16_t>();
+    expectTransferStops<float>();
+}
+
 RK_Long g_calls;
 RK_Long counted(RK_Long iterations, void* refcon, RK_GenericFunc* fn) {
     ++g_calls;
