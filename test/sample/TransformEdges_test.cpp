@@ -124,6 +124,19 @@ TYPED_TEST(TransformEdge, LengthsOfAMatrixWithoutAnInverseAreItsOwnWhicheverWayI
     EXPECT_FALSE(this->untouched());
 }
 
+// A determinant that is finite, and an inverse with entries that are none.
+TYPED_TEST(TransformEdge, AnInverseThatIsNotANumberIsSafe) {
+    const GEO_Matrix3 m = {{{1, 1e300, 1e300}, {0, 1, 0}, {0, 1e300, 1e300}}};
+    GEO_Matrix3 inverse;
+    ASSERT_EQ(0, GEO_InverseMatrixQuiet(&m, &inverse));
+    ASSERT_TRUE(std::isnan(inverse.m[0][1]));
+    for (const RK_Long src2dst : {0, 1})
+        for (const RK_Long quality : {RK_kDraft, RK_kBest})
+            for (const auto& series :
+                 {std::vector<GEO_Matrix3>{m}, {m, kIdentity}, {kIdentity, m}, {m, kIdentity, m}})
+                EXPECT_EQ(0, this->drawCopy(series, RK_Xfer_Over, src2dst, nullptr, quality, nullptr));
+}
+
 // ---- Nothing of the source in reach ---------------------------------------------------------------------
 
 TYPED_TEST(TransformEdge, ASourceOutOfReachIsAStencilOfNothing) {

@@ -56,7 +56,8 @@ RKp_Walk makeWalk(const Pair& pair, const GEO_LRect& work) {
     const double rx = std::min(0.5 / lengths.x, 127.0), ry = std::min(0.5 / lengths.y, 127.0);
     walk.x_radius = fixed(rx);
     walk.y_radius = fixed(ry);
-    walk.area = static_cast<int32_t>(std::min(rx * ry * 4 * 65536, 2147483647.0));
+    const double area = std::min(rx * ry * 4 * 65536, 2147483647.0);
+    walk.area = area >= 0 ? static_cast<int32_t>(area) : INT32_MIN;  // an inverse may hold what is not a number
     return walk;
 }
 
