@@ -8,11 +8,20 @@
 #include "Failure.h"
 #include "Library.h"
 
+namespace {
+
+// What was typed, which may be nothing between two commas.
+std::string Typed(const std::string& option, const std::string& text) {
+    return text.empty() ? option : option + " " + OneLine(text);
+}
+
+}  // namespace
+
 double Number(const std::string& option, const std::string& text, double low, double high) {
     char* end = nullptr;
     const double value = std::strtod(text.c_str(), &end);
     if (text.empty() || *end != '\0' || !(value >= low && value <= high)) {
-        Misuse(fmt::format("{} {}: a number from {} to {} is wanted", option, OneLine(text), low, high));
+        Misuse(fmt::format("{}: a number from {} to {} is wanted", Typed(option, text), low, high));
     }
     return value;
 }
@@ -22,8 +31,7 @@ int32_t Whole(const std::string& option, const std::string& text, int32_t low, i
     errno = 0;
     const long long value = std::strtoll(text.c_str(), &end, 10);
     if (text.empty() || *end != '\0' || errno != 0 || value < low || value > high) {
-        Misuse(
-            fmt::format("{} {}: a whole number from {} to {} is wanted", option, OneLine(text), low, high));
+        Misuse(fmt::format("{}: a whole number from {} to {} is wanted", Typed(option, text), low, high));
     }
     return static_cast<int32_t>(value);
 }

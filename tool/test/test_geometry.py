@@ -274,7 +274,7 @@ class Refusals(Geometry):
         for words, part in (
                 (t + ("--rotate", "x"), "--rotate"), (t + ("--rotate", "nan"), "--rotate"),
                 (t + ("--scale", "1,2,3"), "X,Y"), (t + ("--scale", "0"), "nothing would show"),
-                (t + ("--translate", "1"), "X,Y"), (t + ("--anchor", "1,b"), "--anchor"),
+                (t + ("--translate", "1"), "X,Y"), (t + ("--translate", ",3"), "--translate: a number"), (t + ("--anchor", "1,b"), "--anchor"),
                 (t + ("--matrix", "1,0,0,0,1,0,0,0"), "nine numbers"), (t + ("--matrix", "1,0,0,1,0,0,0,0,1"), "no inverse"),
                 (t + ("--matrix", "1,0,0,0,1,0,0,0,1", "--rotate", "1"), "alone"),
                 (t + ("--size", "0x5"), "1 to 30000"), (t + ("--size", "5"), "WxH"),
@@ -291,7 +291,7 @@ class Refusals(Geometry):
                 (("transform", "-", "--onto", "-"), "once"), (("transform",), "IN"),
                 (("resize", self.square), "--size"), (("resize", self.square, "--size", "50"), "50%"),
                 (("resize", self.square, "--size", "0%"), "--size"), (("resize", self.square, "--size", "1000000%"), "30000"),
-                (("resize", self.square, "--size", "axb"), "whole number"),
+                (("resize", self.square, "--size", "axb"), "whole number"), (("resize", self.square, "--size", "5x"), "--size: a whole"),
                 (("resize", self.square, "--size", "9x9", "--quality", "x"), "draft or best"),
                 (("halve", self.square, "--filter", "cubic"), "box or gauss"),
                 (("halve", self.square, "--depth", "float"), "8 or 16"),
