@@ -17,6 +17,7 @@ struct Job {
     int32_t xfer = RK_Xfer_Copy;
     bool best = true;
     double covered = 0;  // source pixels to a drawn one; 0: not told
+    uint8_t opacity = 255;
 };
 
 template <class P>
@@ -25,7 +26,8 @@ void run(benchmark::State& state, const Job& job, Alphas kind, const bench::Reco
     RK_WorldX<P> src(kWidth, kHeight, 0), dst(kWidth, kHeight, 0), fresh(kWidth, kHeight, 0);
     bench::paint(src, kind);
     bench::paint(fresh, Alphas::Random);
-    const RK_CompositeMode mode = {job.xfer, 1, 255, 0, 32768};
+    const RK_CompositeMode mode = {job.xfer, 1, job.opacity, 0,
+                                   static_cast<uint16_t>(job.opacity == 255 ? 32768 : 32640)};
     const auto count = static_cast<RK_Long>(job.matrices.size());
     const size_t bytes = sizeof(P) * static_cast<size_t>(job.drawn);
     RK_Long result = 0;
@@ -96,6 +98,13 @@ void add() {
         // What the finish of a row saves: rows of no alpha and of full alpha under Over are not blended.
         Job over = {"over_7deg", {bench::pose(7, 1.3, 0, 0)}, bench::kFrame.pixels, RK_Xfer_Over};
         for (const Alphas kind : {Alphas::Random, Alphas::Opaque, Alphas::Clear}) add<P>(over, kind, record);
+        // The same in draft, where little else is done; at an opacity below full opaque rows are blended.
+        over.name = "over_draft_7deg";
+        over.best = false;
+        for (const Alphas kind : {Alphas::Random, Alphas::Opaque, Alphas::Clear}) add<P>(over, kind, record);
+        over.name = "over_draft_7deg_faded";
+        over.opacity = 254;
+        add<P>(over, Alphas::Opaque, record);
     }
 }
 

@@ -53,7 +53,14 @@ inline RK_Pixel16 RKp_AsPixel16(__m128i dwords) {
     return p;
 }
 
-// ---- Every depth, as doubles -----------------------------------------------------------------------------
+// ---- As dwords and as doubles -----------------------------------------------------------------------------
+
+inline __m128i RKp_AsDwords(const RK_Pixel8* p) {
+    return _mm_unpacklo_epi16(RKp_OneAsWords(p), _mm_setzero_si128());
+}
+inline __m128i RKp_AsDwords(const RK_Pixel16* p) {
+    return _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
+}
 
 // alpha: twice alpha. ar: 1 in alpha's place, and red. gb: green and blue.
 struct RKp_PixelDoubles {
@@ -66,13 +73,8 @@ inline RKp_PixelDoubles RKp_AsDoubles(__m128i dwords) {
     return RKp_AsDoubles(_mm_cvtepi32_pd(dwords),
                          _mm_cvtepi32_pd(_mm_shuffle_epi32(dwords, _MM_SHUFFLE(1, 0, 3, 2))));
 }
-inline RKp_PixelDoubles RKp_AsDoubles(const RK_Pixel8* p) {
-    return RKp_AsDoubles(_mm_unpacklo_epi16(RKp_OneAsWords(p), _mm_setzero_si128()));
-}
-inline RKp_PixelDoubles RKp_AsDoubles(const RK_Pixel16* p) {
-    const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
-    return RKp_AsDoubles(_mm_unpacklo_epi16(words, _mm_setzero_si128()));
-}
+inline RKp_PixelDoubles RKp_AsDoubles(const RK_Pixel8* p) { return RKp_AsDoubles(RKp_AsDwords(p)); }
+inline RKp_PixelDoubles RKp_AsDoubles(const RK_Pixel16* p) { return RKp_AsDoubles(RKp_AsDwords(p)); }
 inline RKp_PixelDoubles RKp_AsDoubles(const RK_PixelFloat* p) {
     const __m128 channels = _mm_loadu_ps(&p->alpha);
     return RKp_AsDoubles(_mm_cvtps_pd(channels), _mm_cvtps_pd(_mm_movehl_ps(channels, channels)));
