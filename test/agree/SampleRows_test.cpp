@@ -6,6 +6,7 @@
 #include <xmmintrin.h>
 
 #include "RK/indep/frame/RKp_OverFuncs.h"
+#include "RK/indep/sample/RK_AreaSample.h"
 #include "RK/indep/sample/RK_SubpixelSample.h"
 #include "test/plain/Compare.h"
 #include "test/plain/SampleWorlds.h"
@@ -102,6 +103,24 @@ TYPED_TEST(SampleRows, GiveWhatOneCallForEachPositionGives) {
         this->compare(samplers.area, pb, walk, count, "area");
         this->compare(samplers.no_clip, pb, walk, this->inside(src, walk, count), "no-clip");
         if (this->HasFatalFailure()) return;
+    }
+}
+
+using SampleRows8 = SampleRows<RK_Pixel8>;
+TEST_F(SampleRows8, GiveWhatCallsOfThePremultipliedSamplersGive) {
+    test::Random r(34);
+    for (int round = 0; round < test::amount(3000); ++round) {
+        const auto world = source(r);
+        const RK_LayerDef src = const_cast<test::World<RK_Pixel8>&>(world).picture.record();
+        RK_SampPB pb = test::sampleBlock(src);
+        pb.x_radius = static_cast<int32_t>(1 + r.below(4 << 16));
+        pb.y_radius = static_cast<int32_t>(1 + r.below(4 << 16));
+        pb.area = static_cast<int32_t>(4.0 * pb.x_radius * pb.y_radius / 65536);
+        const RK_SampleWalk walk = anywhere(r, src);
+        const int64_t count = r.below(kMost + 1);
+        compare(&RK_AreaSample_Premul, pb, walk, count, "area");
+        compare(&RK_SubpixelSample_Premul, pb, walk, count, "clipped");
+        if (HasFatalFailure()) return;
     }
 }
 

@@ -23,8 +23,8 @@ int32_t radius(test::Random& r) {
 }
 // The footprint's own area mostly, now and then nothing, little or very much.
 int32_t area(test::Random& r, const RK_SampPB& pb) {
-    static const int32_t special[] = {0, 1, 127, 128, 255, 256, 0x10000, INT32_MAX};
-    if (r.below(8) == 0) return special[r.below(8)];
+    static const int32_t special[] = {0, 1, 127, 128, 255, 256, 0x10000, INT32_MAX, -0x12345};
+    if (r.below(8) == 0) return special[r.below(9)];
     const double own = 4.0 * pb.x_radius * pb.y_radius / 65536;
     return own < INT32_MAX ? static_cast<int32_t>(own) : INT32_MAX;
 }
@@ -106,6 +106,7 @@ void compareWide(Sampler sampler, Plain twin) {
             };
             pb.x_radius = length(i % 5 == 0 ? 127 : 20);
             pb.y_radius = length(i % 7 == 0 ? 127 : 20);
+            pb.area = area(r, pb);
             const int32_t x = length(kSide) - 0x8000, y = length(kSide) - 0x8000;
             P got = test::pixel<P>(r);
             ASSERT_EQ(sampler(nullptr, x, y, &pb, &got), 0);
@@ -121,6 +122,7 @@ TEST(AreaSamplersAgainstPlain, BoxesOfManyPixels) {
     compareWide<RK_Pixel8>(RKp_AreaSample8_Static, kEven8);
     compareWide<RK_Pixel8>(RKp_AreaSample8_Portable, kUp8);
     compareWide<RK_Pixel16>(RKp_AreaSample16_Portable, kUp16);
+    compareWide<RK_Pixel8>(RK_AreaSample_Premul, plain::areaPremul);
     compareWide<RK_PixelFloat>(RK_AreaSampleFloat, straight<Rounding::kNone, RK_PixelFloat>);
 }
 TEST(AreaSamplersAgainstPlain, Premultiplied) {

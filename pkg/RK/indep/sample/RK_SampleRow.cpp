@@ -1,6 +1,7 @@
 // Which samplers are done in place.
 #include "RK/indep/sample/RK_SampleRow.h"
 
+#include "RK/indep/sample/RK_AreaSample.h"
 #include "RK/indep/sample/RK_SubpixelSample.h"
 #include "RK/indep/sample/RKp_AreaRows.h"
 #include "RK/indep/sample/RKp_RoundingMode.h"
@@ -41,6 +42,7 @@ template <>
 RK_RowSampler<RK_Pixel8>* RKp_GetRowSampler(RK_Sampler<RK_Pixel8>* sampler) {
     if (sampler == &RK_SubpixelSample_Straight) return clipped8;
     if (sampler == &RK_SubpixelSampleNoClip_Straight) return noClip8;
+    if (sampler == &RK_AreaSample_Premul) return RKp_RowAreaPremul;
     if (auto* const area = RKp_FindAreaRow(sampler)) return area;
     return RKp_RowCalled<RK_Pixel8>;
 }

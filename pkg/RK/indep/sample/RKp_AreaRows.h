@@ -8,5 +8,7 @@
 RK_RowSampler<RK_Pixel8>* RKp_FindAreaRow(RK_Sampler<RK_Pixel8>* sampler);
 RK_RowSampler<RK_Pixel16>* RKp_FindAreaRow(RK_Sampler<RK_Pixel16>* sampler);
 RK_RowSampler<RK_PixelFloat>* RKp_FindAreaRow(RK_Sampler<RK_PixelFloat>* sampler);
+// Of RK_AreaSample_Premul.
+RK_RowSampler<RK_Pixel8> RKp_RowAreaPremul;
 
 #endif
