@@ -82,10 +82,12 @@ class TransformPath : public testing::Test {
 TEST_F(TransformPath, EvenMotionIsLinearAndUnevenMotionGeneral) {
     EXPECT_EQ(2, samples({translation(0.5, 0), translation(2.5, 1), translation(4.5, 2)}));
     // Steps may differ by less than nine tenths of a pixel either way.
-    EXPECT_EQ(2, samples({translation(0.5, 0), translation(2.5, 0), translation(5.375, 0)}));
-    EXPECT_EQ(3, samples({translation(0.5, 0), translation(2.5, 0), translation(5.5, 0)}));
-    EXPECT_EQ(3, samples({translation(0.5, 0), translation(2.5, 0), translation(3.5, 0)}));
-    EXPECT_EQ(3, samples({translation(0.5, 0), translation(0.5, 2), translation(0.5, 5)}));
+    EXPECT_EQ(2, samples({translation(0.5, 0), translation(2.5, 0), translation(5.39, 0)}));
+    EXPECT_EQ(3, samples({translation(0.5, 0), translation(2.5, 0), translation(5.41, 0)}));
+    EXPECT_EQ(2, samples({translation(0.5, 0), translation(2.5, 0), translation(3.61, 0)}));
+    EXPECT_EQ(3, samples({translation(0.5, 0), translation(2.5, 0), translation(3.59, 0)}));
+    EXPECT_EQ(2, samples({translation(0.5, 0), translation(0.5, 2), translation(0.5, 4.89)}));
+    EXPECT_EQ(3, samples({translation(0.5, 0), translation(0.5, 2), translation(0.5, 4.91)}));
     // Each step counts against the first one.
     EXPECT_EQ(5, samples({translation(0.5, 0), translation(2.5, 0), translation(4.5, 0), translation(6.5, 0),
                           translation(9.5, 0)}));
