@@ -425,6 +425,29 @@ TEST_F(BoxBlur, AStraightPictureIsWeightedByItsAlpha) {
     EXPECT_TRUE(test::sameBytes(RK_Pixel8{85, 100, 0, 0}, dst(0, 0)));
 }
 
+TYPED_TEST(BoxBlurDepth, LoadingMultipliesTheNamedColoursAlone) {
+    using C = decltype(TypeParam::alpha);
+    const auto w = kWhole<TypeParam>;
+    Canvas<TypeParam> src(9, 9), dst(9, 9);
+    src.picture.fill({static_cast<C>(w / 2), w, w, w});
+    for (const int passes : {0, 1, 3})
+        for (const uint32_t flags : {2u, 5u, 12u, 15u, 1u, 0u})
+            for (const bool columns : {false, true}) {
+                Blur blur;
+                blur.passes = passes, blur.flags = flags | RK_kBlurRenormalise;
+                blur.src_premultiplied = 0;
+                EXPECT_EQ(0, blur.columns(columns)(src, dst));
+                const auto want = [&](uint32_t flag) {
+                    return flags & flag ? static_cast<double>(src(4, 4).alpha) : static_cast<double>(w);
+                };
+                const double slack = sizeof(TypeParam) == 16 ? 1e-6 : 0;
+                EXPECT_NEAR(dst(4, 4).alpha, src(4, 4).alpha, slack) << flags;
+                EXPECT_NEAR(dst(4, 4).red, want(RK_kBlurRed), slack) << flags;
+                EXPECT_NEAR(dst(4, 4).green, want(RK_kBlurGreen), slack) << flags;
+                EXPECT_NEAR(dst(4, 4).blue, want(RK_kBlurBlue), slack) << flags;
+            }
+}
+
 TYPED_TEST(BoxBlurDepth, WhereNoAlphaIsADividedPixelIsZeroAsAWholeIfAColourIsNamed) {
     using C = decltype(TypeParam::alpha);
     const auto w = kWhole<TypeParam>;

@@ -9,15 +9,9 @@
 
 #include <cstring>
 
-#include "RK/indep/filter/RKp_BoxWalkT.h"
+#include "RK/indep/filter/RKp_BoxReader8.h"
 
 namespace {
-
-using P = RK_Pixel8;
-
-inline __m128i low16(__m128i bytes) { return _mm_unpacklo_epi8(bytes, _mm_setzero_si128()); }
-inline __m128i high16(__m128i bytes) { return _mm_unpackhi_epi8(bytes, _mm_setzero_si128()); }
-inline __m128i load4(const P* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 
 // All four channels side by side; kAll: every one is stored, otherwise those of a mask.
 template <bool kAll>
@@ -38,9 +32,11 @@ class Lanes {
         shift_ = 10;
         while (shift_ > 0 && f_ % 2 == 0) f_ /= 2, --shift_;
         edge_ = _mm_set1_epi32(f_);
+        one_ = _mm_set1_epi32(1 << shift_);
         for (uint32_t channel = 0; channel < 4; ++channel)
             if ((flags >> channel & 1) != 0) mask_ |= 0xFFu << channel * 8;
-        findShortDivision(full(reach));
+        full_ = full(reach);
+        findShortDivision(full_);
     }
 
     Weight one() const { return 1 << shift_; }
@@ -75,22 +71,33 @@ class Lanes {
     }
     void putNone(const P* centre, P* out) const { keep(0, centre, out); }
 
-    // With divisors that allow it, in 16 bits: sums wrap, numerators fit.
     template <bool kEdges>
-    bool run(Sums* S, const RKp_BoxRun<P>& run) const {
-        if (multiplier_ == 0) return false;
-        if (run.lines == 1) return runLine<kEdges>(*S, run);
-        if (run.in_across == 1 && run.out_across == 1 && run.lines % 4 == 0)
-            return runColumns<kEdges>(S, run);
-        return false;
+    int64_t run(Sums* S, const RKp_BoxRun<P>& run, Weight D, Weight grows) const {
+        if (run.places < 8) return 0;
+        const bool row = run.lines == 1;
+        if (!row && (run.in_across != 1 || run.out_across != 1 || run.lines % 4 != 0)) return 0;
+        if (grows == 0 && D == full_ && multiplier_ != 0) {
+            row ? runLine<kEdges>(*S, run) : runColumns<kEdges>(S, run);
+            return run.places;
+        }
+        const Weight last = D + grows * static_cast<Weight>(run.places - 1);
+        const bool single = (D > last ? D : last) <= Quick::kMost;
+        if (!row)
+            return single ? wideColumns<kEdges, Quick>(S, run, D, grows)
+                          : wideColumns<kEdges, Exact>(S, run, D, grows);
+        return single ? wideLine<kEdges, Quick>(*S, run, D, grows)
+                      : wideLine<kEdges, Exact>(*S, run, D, grows);
     }
 
   private:
-    void store(__m128i n, const Divisor& D, const P* centre, P* out) const {
+    static __m128i divided(__m128i n, const Divisor& D) {
         n = _mm_add_epi32(n, D.half);
         const __m128d low = _mm_mul_pd(_mm_cvtepi32_pd(n), D.reciprocal);
         const __m128d high = _mm_mul_pd(_mm_cvtepi32_pd(_mm_shuffle_epi32(n, 0xEE)), D.reciprocal);
-        const __m128i q = _mm_unpacklo_epi64(_mm_cvttpd_epi32(low), _mm_cvttpd_epi32(high));
+        return _mm_unpacklo_epi64(_mm_cvttpd_epi32(low), _mm_cvttpd_epi32(high));
+    }
+    void store(__m128i n, const Divisor& D, const P* centre, P* out) const {
+        const __m128i q = divided(n, D);
         const __m128i words = _mm_packs_epi32(q, q);
         keep(static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(words, words))), centre, out);
     }
@@ -154,81 +161,60 @@ class Lanes {
         return _mm_or_si128(_mm_and_si128(mask, q), _mm_andnot_si128(mask, centre));
     }
 
-    // Four pixels of a line.
-    template <bool kApart>
-    static __m128i gather4(const P* p, ptrdiff_t step) {
-        if (!kApart) return load4(p);
-        const auto one = [&](int n) {
-            int32_t bytes;
-            std::memcpy(&bytes, p + n * step, sizeof bytes);
-            return _mm_cvtsi32_si128(bytes);
-        };
-        return _mm_unpacklo_epi64(_mm_unpacklo_epi32(one(0), one(1)), _mm_unpacklo_epi32(one(2), one(3)));
-    }
-    template <bool kApart>
-    static void scatter4(__m128i pixels, P* p, ptrdiff_t step) {
-        if (!kApart) return _mm_storeu_si128(reinterpret_cast<__m128i*>(p), pixels);
-        for (int n = 0; n < 4; ++n, pixels = _mm_srli_si128(pixels, 4)) {
-            const int32_t bytes = _mm_cvtsi128_si32(pixels);
-            std::memcpy(p + n * step, &bytes, sizeof bytes);
-        }
-    }
+    using Pixels = typename RKp_BoxRun<P>::Pixels;
+    static const P* nth(const Pixels& p, int64_t i) { return p.at + static_cast<ptrdiff_t>(i) * p.step; }
     template <bool kEdges>
-    bool runLine(Sums& S, const RKp_BoxRun<P>& run) const {
+    void runLine(Sums& S, const RKp_BoxRun<P>& run) const {
         if (run.in_step != 1)
             run.out_step != 1 ? along<kEdges, true, true>(S, run) : along<kEdges, true, false>(S, run);
         else
             run.out_step != 1 ? along<kEdges, false, true>(S, run) : along<kEdges, false, false>(S, run);
-        return true;
     }
     // Four pixels at a time, by twos: the second's sum is the first's and its own step.
     template <bool kEdges, bool kInApart, bool kOutApart>
     void along(Sums& S, const RKp_BoxRun<P>& run) const {
-        const ptrdiff_t in = kInApart ? run.in_step : 1, step = kOutApart ? run.out_step : 1;
         const Short s = shorts();
+        Reader<kInApart> behind(run.behind), trailing(run.trailing), leading(run.leading), centre(run.centre);
+        P* out = run.out;
         __m128i t = shorten(S, S), e = _mm_setzero_si128();
-        const auto two = [&](__m128i behind, __m128i trailing, __m128i leading) {
-            __m128i d = _mm_sub_epi16(leading, behind);
+        const auto two = [&](__m128i gone, __m128i first, __m128i last) {
+            __m128i d = _mm_sub_epi16(last, gone);
             if (kEdges) d = _mm_sll_epi16(d, s.shift);
             t = _mm_add_epi16(_mm_unpackhi_epi64(t, t), _mm_add_epi16(d, _mm_slli_si128(d, 8)));
-            if (kEdges) e = _mm_add_epi16(trailing, leading);
+            if (kEdges) e = _mm_add_epi16(first, last);
             return quotient<kEdges>(t, e, s);
         };
-        int64_t i = 0;
-        for (; i + 4 <= run.places; i += 4) {
-            const auto at = [&](const P* p) {
-                return gather4<kInApart>(p + static_cast<ptrdiff_t>(i) * in, in);
-            };
-            const __m128i behind = at(run.behind), leading = at(run.leading);
-            const __m128i trailing = kEdges ? at(run.trailing) : behind;
-            const __m128i low = two(low16(behind), low16(trailing), low16(leading));
-            const __m128i high = two(high16(behind), high16(trailing), high16(leading));
+        int64_t left = run.places;
+        for (; left >= 4; left -= 4, out += 4 * run.out_step) {
+            const __m128i b = behind.four(), l = leading.four(), f = kEdges ? trailing.four() : b;
+            const __m128i low = two(low16(b), low16(f), low16(l)),
+                          high = two(high16(b), high16(f), high16(l));
             const __m128i made = _mm_packus_epi16(low, high);
-            scatter4<kOutApart>(kAll ? made : masked(made, at(run.centre)),
-                                run.out + static_cast<ptrdiff_t>(i) * step, step);
+            scatter4<kOutApart>(kAll ? made : masked(made, centre.four()), out, run.out_step);
         }
-        for (; i < run.places; ++i) {
+        for (; left > 0; --left, out += run.out_step) {
             const __m128i none = _mm_setzero_si128();
-            const ptrdiff_t from = static_cast<ptrdiff_t>(i) * in;
-            const auto second = [&](const P* p) { return _mm_unpacklo_epi64(none, read(p + from)); };
-            const __m128i q = two(second(run.behind), second(run.trailing), second(run.leading));
+            const auto second = [&](Reader<kInApart>& of) {
+                return _mm_unpacklo_epi64(none, read(of.one()));
+            };
+            const __m128i b = second(behind), f = second(trailing), q = two(b, f, second(leading));
             const __m128i bytes = _mm_packus_epi16(_mm_unpackhi_epi64(q, q), none);
-            keep(static_cast<uint32_t>(_mm_cvtsi128_si32(bytes)), run.centre + from,
-                 run.out + static_cast<ptrdiff_t>(i) * step);
+            keep(static_cast<uint32_t>(_mm_cvtsi128_si32(bytes)), centre.one(), out);
         }
         S = lengthen<kEdges>(_mm_unpackhi_epi64(t, t), _mm_unpackhi_epi64(e, e));
     }
 
     // Four lines in two vectors.
     template <bool kEdges>
-    bool runColumns(Sums* S, const RKp_BoxRun<P>& run) const {
+    void runColumns(Sums* S, const RKp_BoxRun<P>& run) const {
         const Short s = shorts();
         __m128i t[RKp_kBlurBlock / 2];
         for (int32_t j = 0; j < run.lines; j += 2) t[j / 2] = shorten(S[j], S[j + 1]);
-        const P *behind = run.behind, *trailing = run.trailing, *leading = run.leading, *centre = run.centre;
+        const P *behind = run.behind.at, *trailing = run.trailing.at, *leading = run.leading.at,
+                *centre = run.centre.at;
         P* out = run.out;
         for (int64_t i = 0; i < run.places; ++i) {
-            RKp_Prefetch(leading, run.in_step, run.lines);
+            RKp_Prefetch(leading, run.leading.step, run.lines);
             RKp_Prefetch(out, run.out_step, run.lines);
             for (int32_t j = 0; j < run.lines; j += 4) {
                 const __m128i b = load4(behind + j), l = load4(leading + j),
@@ -245,20 +231,129 @@ class Lanes {
                 _mm_storeu_si128(reinterpret_cast<__m128i*>(out + j),
                                  kAll ? made : masked(made, load4(centre + j)));
             }
-            behind += run.in_step, trailing += run.in_step, leading += run.in_step, centre += run.in_step;
-            out += run.out_step;
+            behind += run.behind.step, trailing += run.trailing.step, leading += run.leading.step;
+            centre += run.centre.step, out += run.out_step;
         }
         for (int32_t j = 0; j < run.lines; ++j) {
             const __m128i e =
-                _mm_add_epi16(read(trailing - run.in_step + j), read(leading - run.in_step + j));
+                _mm_add_epi16(read(trailing - run.trailing.step + j), read(leading - run.leading.step + j));
             S[j] = lengthen<kEdges>(j % 2 == 0 ? t[j / 2] : _mm_unpackhi_epi64(t[j / 2], t[j / 2]), e);
         }
-        return true;
+    }
+
+    // ---- Thirty-two bits ------------------------------------------------------------------------------
+    // For divisors that are too large for sixteen, or not the whole window's: each place has its own.
+
+    // floor(n / D) in single precision. The reciprocal is raised by so much that after two roundings to
+    // nearest no multiple of D is missed, and for a quotient below 256 and a D below 2^14 by so little that
+    // no product reaches the next quotient.
+    struct Quick {
+        static constexpr Weight kMost = 16000;
+        explicit Quick(Weight D)
+            : half(_mm_set1_epi32(D / 2)),
+              reciprocal(_mm_set1_ps((1.0f + 1.0f / (1 << 23)) / static_cast<float>(D))) {}
+        __m128i quotient(__m128i n) const {
+            return _mm_cvttps_epi32(_mm_mul_ps(_mm_cvtepi32_ps(_mm_add_epi32(n, half)), reciprocal));
+        }
+        __m128i half;
+        __m128 reciprocal;
+    };
+    // In double precision, as for one pixel.
+    struct Exact : Divisor {
+        explicit Exact(Weight D)
+            : Divisor{_mm_set1_epi32(D / 2), _mm_set1_pd((1.0 + 1.0 / (int64_t{1} << 45)) / D)} {}
+        __m128i quotient(__m128i n) const { return divided(n, *this); }
+    };
+
+    // What four pixels add to their numerators, and what is taken off for the outermost ones.
+    template <bool kEdges>
+    struct Steps {
+        __m128i d[4], e[4];
+        Steps(const Lanes& a, __m128i behind, __m128i trailing, __m128i leading) {
+            const __m128i zero = _mm_setzero_si128();
+            const auto two = [&](int n, __m128i b, __m128i t, __m128i l) {
+                const __m128i step = _mm_sub_epi16(l, b);
+                d[n] = _mm_madd_epi16(_mm_unpacklo_epi16(step, zero), a.one_);
+                d[n + 1] = _mm_madd_epi16(_mm_unpackhi_epi16(step, zero), a.one_);
+                if (!kEdges) return;
+                const __m128i ends = _mm_add_epi16(t, l);
+                e[n] = _mm_madd_epi16(_mm_unpacklo_epi16(ends, zero), a.edge_);
+                e[n + 1] = _mm_madd_epi16(_mm_unpackhi_epi16(ends, zero), a.edge_);
+            };
+            two(0, low16(behind), low16(trailing), low16(leading));
+            two(2, high16(behind), high16(trailing), high16(leading));
+        }
+        // Moves T, the numerator but for the outermost pixels', by pixel n, and gives its own.
+        __m128i numerator(int n, __m128i& T) const {
+            T = _mm_add_epi32(T, d[n]);
+            return kEdges ? _mm_sub_epi32(T, e[n]) : T;
+        }
+    };
+    static __m128i packed(const __m128i q[4]) {
+        return _mm_packus_epi16(_mm_packs_epi32(q[0], q[1]), _mm_packs_epi32(q[2], q[3]));
+    }
+
+    template <bool kEdges, class Division>
+    int64_t wideLine(Sums& S, const RKp_BoxRun<P>& run, Weight D, Weight grows) const {
+        if (run.in_step != 1)
+            return run.out_step != 1 ? wide<kEdges, Division, true, true>(S, run, D, grows)
+                                     : wide<kEdges, Division, true, false>(S, run, D, grows);
+        return run.out_step != 1 ? wide<kEdges, Division, false, true>(S, run, D, grows)
+                                 : wide<kEdges, Division, false, false>(S, run, D, grows);
+    }
+    template <bool kEdges, class Division, bool kInApart, bool kOutApart>
+    int64_t wide(Sums& S, const RKp_BoxRun<P>& run, Weight D, Weight grows) const {
+        const __m128i shift = _mm_cvtsi32_si128(shift_);
+        __m128i T = _mm_sll_epi32(S, shift);
+        Division by(D);
+        Reader<kInApart> behind(run.behind), trailing(run.trailing), leading(run.leading), centre(run.centre);
+        P* out = run.out;
+        int64_t i = 0;
+        for (; i + 4 <= run.places; i += 4, out += 4 * run.out_step) {
+            const __m128i b = behind.four(), f = kEdges ? trailing.four() : b;
+            const Steps<kEdges> steps(*this, b, f, leading.four());
+            __m128i q[4];
+            for (int n = 0; n < 4; ++n) {
+                q[n] = by.quotient(steps.numerator(n, T));
+                if (grows != 0) by = Division(D += grows);
+            }
+            const __m128i made = packed(q);
+            scatter4<kOutApart>(kAll ? made : masked(made, centre.four()), out, run.out_step);
+        }
+        S = _mm_srl_epi32(T, shift);
+        return i;
+    }
+
+    template <bool kEdges, class Division>
+    int64_t wideColumns(Sums* S, const RKp_BoxRun<P>& run, Weight D, Weight grows) const {
+        const __m128i shift = _mm_cvtsi32_si128(shift_);
+        for (int32_t j = 0; j < run.lines; ++j) S[j] = _mm_sll_epi32(S[j], shift);
+        Division by(D);
+        for (int64_t i = 0; i < run.places; ++i) {
+            const P *behind = nth(run.behind, i), *trailing = nth(run.trailing, i),
+                    *leading = nth(run.leading, i), *centre = nth(run.centre, i);
+            P* const out = run.out + static_cast<ptrdiff_t>(i) * run.out_step;
+            RKp_Prefetch(leading, run.leading.step, run.lines);
+            RKp_Prefetch(out, run.out_step, run.lines);
+            for (int32_t j = 0; j < run.lines; j += 4) {
+                const __m128i b = load4(behind + j);
+                const Steps<kEdges> steps(*this, b, kEdges ? load4(trailing + j) : b, load4(leading + j));
+                __m128i q[4];
+                for (int n = 0; n < 4; ++n) q[n] = by.quotient(steps.numerator(n, S[j + n]));
+                const __m128i made = packed(q);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + j),
+                                 kAll ? made : masked(made, load4(centre + j)));
+            }
+            if (grows != 0) by = Division(D += grows);
+        }
+        for (int32_t j = 0; j < run.lines; ++j) S[j] = _mm_srl_epi32(S[j], shift);
+        return run.places;
     }
 
     int32_t f_, shift_;
-    __m128i edge_;
+    __m128i edge_, one_;
     uint32_t mask_ = 0;
+    Weight full_;
     int32_t multiplier_ = 0, multiplier_shift_ = 0, half_ = 0;
 };
 

@@ -14,8 +14,10 @@
 //   void put(const Sums&, Divisor, const P* centre, P* out)                               all weights 1
 //   void put(const Sums&, Sample first, Sample last, Divisor, const P* centre, P* out)    outermost ones less
 //   void putNone(const P* centre, P* out)                                                 for a divisor of 0
-//   bool kRuns              whether it has, for spans that lie in the input with all of their windows,
-//   bool run<kEdges>(Sums*, const RKp_BoxRun<P>&)    which does a whole span, or gives false
+//   bool kRuns              whether it has
+//   int64_t run<kEdges>(Sums*, const RKp_BoxRun<P>&, Weight divisor, Weight grows)
+//                           which does the first places of a span and tells how many; the divisor is the
+//                           first one's, and grows from one to the next
 #ifndef RKP_BOX_WALK_T_H
 #define RKP_BOX_WALK_T_H
 
@@ -37,12 +39,17 @@ inline void RKp_Prefetch(const P* at, ptrdiff_t step, int32_t lines) {
         __builtin_prefetch(reinterpret_cast<const void*>(place + static_cast<uintptr_t>(byte)));
 }
 
-// Many places of one line, or of lines side by side.
+// Many places of one line, or of lines side by side: pixels at the first place of the first line, and the
+// steps to the next place. What lies outside the input is a row of zeros, with a step of 0.
 template <class P>
 struct RKp_BoxRun {
+    struct Pixels {
+        const P* at;
+        ptrdiff_t step;
+    };
     int64_t places;
     int32_t lines;
-    const P *behind, *trailing, *leading, *centre;  // at the first place of the first line
+    Pixels behind, trailing, leading, centre;
     P* out;
     ptrdiff_t in_step, out_step, in_across, out_across;
 };
@@ -77,18 +84,20 @@ class RKp_BoxWalk {
     using Weight = typename A::Weight;
     // One place of all lines after another, as pixels of the input or as zero.
     struct Cursor {
-        Cursor(const RKp_BoxStage<P>& stage, int64_t place, const P& zero)
+        Cursor(const RKp_BoxStage<P>& stage, int64_t place)
             : inside(place >= stage.from.first && place < stage.from.end),
-              at(inside ? stage.in + static_cast<ptrdiff_t>(place - stage.in_first) * stage.in_step : &zero),
+              at(inside ? stage.in + static_cast<ptrdiff_t>(place - stage.in_first) * stage.in_step : kZeros),
               step(inside ? stage.in_step : 0),
               across(inside ? stage.in_across : 0) {}
         const P* line(int32_t j) const { return at + j * across; }
+        typename RKp_BoxRun<P>::Pixels pixels() const { return {at, step}; }
 
         bool inside;
         const P* at;
         ptrdiff_t step, across;
     };
 
+    static constexpr P kZeros[RKp_kBlurBlock] = {};
     static constexpr int kMost = kLines == 1 ? 1 : RKp_kBlurBlock;
     int32_t lines() const { return kLines == 1 ? 1 : stage_.lines; }
     bool renormalise() const { return (stage_.flags & RK_kBlurRenormalise) != 0; }
@@ -100,7 +109,7 @@ class RKp_BoxWalk {
         const int64_t to = std::min(stage_.from.end - 1, centre + stage_.reach);
         count_ = a_.weigh(std::max<int64_t>(0, to - from + 1));
         for (int32_t j = 0; j < lines(); ++j) sums_[j] = Sums{};
-        Cursor cursor(stage_, from, zero_);
+        Cursor cursor(stage_, from);
         for (int64_t place = from; place <= to; ++place, cursor.at += cursor.step)
             for (int32_t j = 0; j < lines(); ++j) a_.add(sums_[j], a_.read(cursor.line(j)));
     }
@@ -116,22 +125,37 @@ class RKp_BoxWalk {
                     static_cast<size_t>(lines()) * sizeof(Sums));
     }
 
+    // What falls out at a place, the window's outermost pixels, and the one in its middle.
+    struct Window {
+        Window(const RKp_BoxStage<P>& stage, int64_t place)
+            : behind(stage, place - 1 - stage.reach),
+              trailing(stage, place - stage.reach),
+              leading(stage, place + stage.reach),
+              centre(stage, place) {}
+        Cursor behind, trailing, leading, centre;
+    };
+    Weight lost(const Window& at) const {
+        Weight weight = 0;
+        if (kEdges && at.trailing.inside) weight += a_.edge();
+        if (kEdges && at.leading.inside) weight += a_.edge();
+        return weight;
+    }
+
     // Places first up to end - 1, in which the same of the window's ends are inside.
     void span(int64_t first, int64_t end) {
-        const Cursor behind(stage_, first - 1 - stage_.reach, zero_),
-            trailing(stage_, first - stage_.reach, zero_), leading(stage_, first + stage_.reach, zero_);
-        Weight lost = 0;
-        if (kEdges && trailing.inside) lost += a_.edge();
-        if (kEdges && leading.inside) lost += a_.edge();
+        if constexpr (A::kRuns) first += ran(first, end);
+        if (first == end) return;
+        const Window at(stage_, first);
         if (!renormalise()) {
-            steady(first, end, behind, trailing, leading, a_.full(stage_.reach));
-        } else if (behind.inside == leading.inside) {
-            steady(first, end, behind, trailing, leading, count_ - lost);
+            steady(first, end, at, a_.full(stage_.reach));
+        } else if (at.behind.inside == at.leading.inside) {
+            steady(first, end, at, count_ - lost(at));
         } else {
-            walk(first, end, behind, trailing, leading, [&](auto&& step) {
-                if (behind.inside) count_ -= a_.one();
-                if (leading.inside) count_ += a_.one();
-                const Weight divisor = count_ - lost;
+            const Weight less = lost(at);
+            walk(first, end, at, [&](auto&& step) {
+                if (at.behind.inside) count_ -= a_.one();
+                if (at.leading.inside) count_ += a_.one();
+                const Weight divisor = count_ - less;
                 if (divisor == 0)
                     step(None{});
                 else
@@ -139,27 +163,41 @@ class RKp_BoxWalk {
             });
         }
     }
-    void steady(int64_t first, int64_t end, const Cursor& behind, const Cursor& trailing,
-                const Cursor& leading, Weight divisor) {
+    void steady(int64_t first, int64_t end, const Window& at, Weight divisor) {
         if (divisor == 0) {
-            walk(first, end, behind, trailing, leading, [](auto&& step) { step(None{}); });
-        } else if (!behind.inside || !leading.inside || !ran(first, end, behind, trailing, leading)) {
+            walk(first, end, at, [](auto&& step) { step(None{}); });
+        } else {
             const auto ready = a_.divisor(divisor);
-            walk(first, end, behind, trailing, leading, [&](auto&& step) { step(ready); });
+            walk(first, end, at, [&](auto&& step) { step(ready); });
         }
     }
 
-    bool ran(int64_t first, int64_t end, const Cursor& behind, const Cursor& trailing,
-             const Cursor& leading) {
-        if constexpr (A::kRuns) {
-            const RKp_BoxRun<P> run = {end - first,      lines(),          behind.at,
-                                       trailing.at,      leading.at,       Cursor(stage_, first, zero_).at,
-                                       outAt(first),     stage_.in_step,   stage_.out_step,
-                                       stage_.in_across, stage_.out_across};
-            return a_.template run<kEdges>(sums_, run);
-        } else {
-            return false;
+    // The places of the span that the arithmetic does by itself.
+    int64_t ran(int64_t first, int64_t end) {
+        const Window at(stage_, first);
+        Weight grows = 0, divisor = a_.full(stage_.reach);
+        if (renormalise()) {
+            grows = (at.leading.inside ? a_.one() : 0) - (at.behind.inside ? a_.one() : 0);
+            divisor = count_ + grows - lost(at);
         }
+        if (divisor == 0) return 0;
+        int64_t places = end - first;
+        // At the last place the last pixel may have left the window.
+        if (divisor + grows * static_cast<Weight>(places - 1) == 0) --places;
+        const RKp_BoxRun<P> run = {places,
+                                   lines(),
+                                   at.behind.pixels(),
+                                   at.trailing.pixels(),
+                                   at.leading.pixels(),
+                                   at.centre.pixels(),
+                                   outAt(first),
+                                   stage_.in_step,
+                                   stage_.out_step,
+                                   stage_.in_across,
+                                   stage_.out_across};
+        const int64_t done = a_.template run<kEdges>(sums_, run, divisor, grows);
+        count_ += grows * static_cast<Weight>(done);
+        return done;
     }
     P* outAt(int64_t place) const {
         return stage_.out + static_cast<ptrdiff_t>(place - stage_.out_first) * stage_.out_step;
@@ -168,42 +206,38 @@ class RKp_BoxWalk {
     struct None {};
     // choose(step) calls step with the divisor of each place.
     template <class Choose>
-    void walk(int64_t first, int64_t end, Cursor behind, Cursor trailing, Cursor leading, Choose&& choose) {
-        Cursor centre(stage_, first, zero_);
+    void walk(int64_t first, int64_t end, Window at, Choose&& choose) {
         P* out = outAt(first);
         for (int64_t n = end - first; n > 0; --n) {
             if (kLines != 1) {
-                if (leading.across == 1) RKp_Prefetch(leading.at, leading.step, lines());
+                if (at.leading.across == 1) RKp_Prefetch(at.leading.at, at.leading.step, lines());
                 if (stage_.out_across == 1) RKp_Prefetch(out, stage_.out_step, lines());
             }
             choose([&](const auto& divisor) {
-                for (int32_t j = 0; j < lines(); ++j)
-                    place(j, behind, trailing, leading, centre, divisor, out);
+                for (int32_t j = 0; j < lines(); ++j) place(j, at, divisor, out);
             });
-            behind.at += behind.step;
-            trailing.at += trailing.step;
-            leading.at += leading.step;
-            centre.at += centre.step;
+            at.behind.at += at.behind.step;
+            at.trailing.at += at.trailing.step;
+            at.leading.at += at.leading.step;
+            at.centre.at += at.centre.step;
             out += stage_.out_step;
         }
     }
     template <class Divisor>
-    void place(int32_t j, const Cursor& behind, const Cursor& trailing, const Cursor& leading,
-               const Cursor& centre, const Divisor& divisor, P* out) {
-        const auto ahead = a_.read(leading.line(j));
-        a_.slide(sums_[j], a_.read(behind.line(j)), ahead);
+    void place(int32_t j, const Window& at, const Divisor& divisor, P* out) {
+        const auto ahead = a_.read(at.leading.line(j));
+        a_.slide(sums_[j], a_.read(at.behind.line(j)), ahead);
         P* const to = out + j * stage_.out_across;
         if constexpr (std::is_same_v<Divisor, None>)
-            a_.putNone(centre.line(j), to);
+            a_.putNone(at.centre.line(j), to);
         else if constexpr (kEdges)
-            a_.put(sums_[j], a_.read(trailing.line(j)), ahead, divisor, centre.line(j), to);
+            a_.put(sums_[j], a_.read(at.trailing.line(j)), ahead, divisor, at.centre.line(j), to);
         else
-            a_.put(sums_[j], divisor, centre.line(j), to);
+            a_.put(sums_[j], divisor, at.centre.line(j), to);
     }
 
     const RKp_BoxStage<P>& stage_;
     const A& a_;
-    const P zero_ = {};
     Weight count_ = 0;
     Sums sums_[kMost];
 };
