@@ -186,7 +186,7 @@ TYPED_TEST(TransformRows, TheGeneralPathCountsItsMatricesAndTheLinearOneFewerByO
     };
     const std::vector<GEO_Matrix3> even = {kIdentity, translation(2, 0), translation(4, 0)},
                                    uneven = {kIdentity, translation(2, 0), translation(9, 0)};
-    const auto part = [full](int n) { return static_cast<C>(full / static_cast<C>(n)); };
+    const auto part = [&](int n) { return static_cast<C>(full / static_cast<C>(n)); };
     EXPECT_EQ(part(2), alphaAt(even, 10));
     EXPECT_EQ(part(2), alphaAt(even, 12));
     EXPECT_EQ(C{0}, alphaAt(even, 14));
