@@ -82,16 +82,30 @@ TYPED_TEST(Transform, ASampledStencilClearsTheRestOfItsRectangleAndNothingElse) 
 }
 
 TYPED_TEST(Transform, FieldsAreRowsOfTheDestination) {
-    for (RK_Long field : {RK_kEvenField, RK_kOddField}) {
-        const auto whole = this->copyOf(this->dst), got = this->copyOf(this->dst);
-        const GEO_Rect rect = {3, 0, 17, 24};
-        ASSERT_EQ(0, this->draw({rotation(8, 9, 6)}, *whole, RK_Xfer_Over, RK_kBest, 0, nullptr, &rect));
-        ASSERT_EQ(0, this->draw({rotation(8, 9, 6)}, *got, RK_Xfer_Over, RK_kBest, field, nullptr, &rect));
-        for (int32_t y = 0; y < 18; ++y) {
-            const bool drawn = (y & 1) == (field == RK_kEvenField ? 0 : 1);
-            const auto& wanted = drawn ? *whole : this->dst;
-            for (int32_t x = 0; x < 24; ++x)
-                ASSERT_TRUE(test::sameBytes(wanted.row(y)[x], got->row(y)[x])) << y;
+    const std::vector<GEO_Matrix3> all[] = {{rotation(8, 9, 6)},
+                                            {scaling(0.6, 0.9)},
+                                            {translation(2, 1)},
+                                            {translation(0.5, 0), translation(1.5, 0.5), translation(2.5, 1)},
+                                            {rotation(2, 9, 6), rotation(4, 9, 6), rotation(9, 9, 6)}};
+    const GEO_Rect rect = {3, 0, 17, 24};
+    const RK_TransformMask mask = {&this->src, 1, 2, RK_kMaskInvertedLuma};
+    for (const auto& series : all) {
+        for (const RK_Long quality : {RK_kDraft, RK_kBest}) {
+            for (const RK_TransformMask* const with :
+                 {static_cast<const RK_TransformMask*>(nullptr), &mask}) {
+                const auto whole = this->copyOf(this->dst);
+                ASSERT_EQ(0, this->draw(series, *whole, RK_Xfer_Over, quality, 0, with, &rect));
+                for (const RK_Long field : {RK_kEvenField, RK_kOddField}) {
+                    const auto got = this->copyOf(this->dst);
+                    ASSERT_EQ(0, this->draw(series, *got, RK_Xfer_Over, quality, field, with, &rect));
+                    for (int32_t y = 0; y < 18; ++y) {
+                        const bool drawn = (y & 1) == (field == RK_kEvenField ? 0 : 1);
+                        const auto& wanted = drawn ? *whole : this->dst;
+                        for (int32_t x = 0; x < 24; ++x)
+                            ASSERT_TRUE(test::sameBytes(wanted.row(y)[x], got->row(y)[x])) << y;
+                    }
+                }
+            }
         }
     }
 }
