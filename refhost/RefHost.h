@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "RK/host/GEO.h"
 #include "RK/host/KIT.h"
 
 namespace RefHost {
@@ -46,10 +47,15 @@ RK_HOST_API int64_t AllocationsSince();
 // Folder that the scan walks, instead of the one that RK_PLUGIN_PATH names. Empty: that one again.
 RK_HOST_API void SetPluginFolder(const std::string& folder);
 
+// ---- Drawing --------------------------------------------------------------------------------------------
+// Where the lines of the platform layer go, both ends included. Null, as at the start: nowhere.
+using LineFunc = void(void* refcon, Point from, Point to);
+RK_HOST_API void SetLineFunc(LineFunc* draw, void* refcon);
+
 // ---- Calls that fail ------------------------------------------------------------------------------------
 // The next call of a host operation, named as in its header, fails with `code`, once. Known to:
 // GEO_PrepareFCMD, GEO_UnprepareFCMD, NZ_GetPrimeSizedTable, ZIN_GetLNKAddressProc (gives null),
-// RAS_NewWorld, RAS_LoadLockPixels, SEQ_New, DSK_AddExtensionMap, MOD_InstallScan, MOD_RegisterRoutine,
+// RAS_NewWorld, RAS_LoadLockPixels, SEQ_New, SEQ_Dispose, DSK_AddExtensionMap, MOD_InstallScan, MOD_RegisterRoutine,
 // MOD_PrepRoutine, MOD_UnprepRoutine, MOD_UnregisterRoutine.
 RK_HOST_API void FailCall(const std::string& operation, RK_Long code);
 

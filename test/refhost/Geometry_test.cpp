@@ -56,6 +56,26 @@ TEST(Geometry, GivesTheSmallestNumberForWhatDoesNotFit) {
         EXPECT_EQ(GEO_RoundDouble(odd), INT32_MIN) << odd;
 }
 
+TEST(Geometry, PointsAreRoundedAndHeldTo16Bits) {
+    const GEO_Matrix3 flat = {{{1.5, 0, 0}, {0, 1.5, 0}, {0, 0, 1}}};
+    const GEO_Matrix4 deep = {{{1.5, 0, 7, 0}, {0, 1.5, 7, 0}, {7, 7, 7, 7}, {0, 0, 0, 1}}};
+    const Point points[] = {{1, -1}, {3, 2}, {30000, -30000}, {21845, -21845}};  // vertical first
+    const Point wanted[] = {{2, -2}, {5, 3}, {32767, -32768}, {32767, -32768}};
+    Point by_flat[4], by_deep[4];
+    GEO_TransformPoints(&flat, 4, points, by_flat);
+    GEO_3DTransform2DPoints(&deep, 4, points, by_deep);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(by_flat[i].h, wanted[i].h) << i;
+        EXPECT_EQ(by_flat[i].v, wanted[i].v) << i;
+        EXPECT_EQ(by_deep[i].h, wanted[i].h) << i;
+        EXPECT_EQ(by_deep[i].v, wanted[i].v) << i;
+    }
+    const GEO_Matrix3 none = {};  // 0 divided by 0
+    GEO_TransformPoints(&none, 1, points, by_flat);
+    EXPECT_EQ(by_flat[0].h, -32768);
+    GEO_TransformPoints(&flat, 0, nullptr, nullptr);
+}
+
 class GeometryTables : public test::Tidy {};
 
 TEST_F(GeometryTables, HoldTheRoundedProductsAndQuotients) {

@@ -66,6 +66,53 @@ TEST_F(Packages, ListsFailCleanlyAndKeepWhatTheyHold) {
     SEQ_Dispose(nullptr);
 }
 
+TEST_F(Packages, SizedListsTakeTheirRoomAtOnceAndGrowByTheirOwnStep) {
+    SEQ_List* list = nullptr;
+    RefHost::FailAllocation(0);
+    ASSERT_EQ(SEQ_NewSized(4, 16, 16, &list), 0);
+    for (int32_t i = 0; i < 33; ++i) ASSERT_EQ(SEQ_Insert(list, &i), 0);
+    EXPECT_EQ(RefHost::AllocationsSince(), 4);  // the list, its room, and twice more of it
+    EXPECT_EQ(static_cast<int32_t*>(SEQ_Records(list))[32], 32);
+    ASSERT_EQ(SEQ_SetCount(list, 2), 0);
+    ASSERT_EQ(SEQ_SetCount(list, 40), 0);
+    EXPECT_EQ(static_cast<int32_t*>(SEQ_Records(list))[1], 1);
+    for (int i = 2; i < 40; ++i) EXPECT_EQ(static_cast<int32_t*>(SEQ_Records(list))[i], 0);
+    RefHost::FailAllocation(1);
+    EXPECT_EQ(SEQ_SetCount(list, 1000), 4);
+    EXPECT_EQ(SEQ_SetCount(list, -1), 3);
+    EXPECT_EQ(SEQ_SetCount(nullptr, 1), 3);
+    EXPECT_EQ(SEQ_Count(list), 40);
+    ASSERT_EQ(SEQ_SetCount(list, 0), 0);
+    EXPECT_EQ(SEQ_Records(list), nullptr);
+    EXPECT_EQ(SEQ_Records(nullptr), nullptr);
+    RefHost::FailCall("SEQ_Dispose", 8);
+    EXPECT_EQ(SEQ_Dispose(list), 8);
+    for (int64_t n = 1; n <= 2; ++n) {
+        RefHost::FailAllocation(n);
+        EXPECT_EQ(SEQ_NewSized(4, 16, 16, &list), 4);
+        EXPECT_EQ(list, nullptr);
+    }
+    EXPECT_EQ(SEQ_NewSized(4, -1, 16, &list), 3);
+    EXPECT_EQ(SEQ_NewSized(4, 1, 0, &list), 3);
+}
+
+TEST_F(Packages, ThePenDrawsFromWhereItIs) {
+    std::vector<int> drawn;
+    RefHost::SetLineFunc(
+        [](void* refcon, Point from, Point to) {
+            auto* lines = static_cast<std::vector<int>*>(refcon);
+            lines->insert(lines->end(), {from.h, from.v, to.h, to.v});
+        },
+        &drawn);
+    MoveTo(3, -4);
+    Line(0, 0);
+    Line(5, 6);
+    Line(-1, 0);
+    RefHost::SetLineFunc(nullptr, nullptr);
+    Line(1, 1);
+    EXPECT_EQ(drawn, (std::vector<int>{3, -4, 3, -4, 3, -4, 8, 2, 8, 2, 7, 2}));
+}
+
 TEST_F(Packages, NoiseIsOneFixedTableOfAPrimeNumberOfValues) {
     const uint32_t *table = nullptr, *again = nullptr;
     int32_t count = 0, count_again = 0;

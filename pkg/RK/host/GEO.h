@@ -35,6 +35,10 @@ struct GEO_Matrix3 {
     // (x, y, 1) times this, divided by the third coordinate.
     RK_HOST_API GEO_Vector2T<double> TransformPointAndDivide(const GEO_Vector2T<double>& point) const;
 };
+// Row vectors: (x, y, z, 1) times this; the translation stands in the fourth row.
+struct GEO_Matrix4 {
+    double m[4][4];
+};
 
 // ---- Matrices. Sums run left to right: (x * m00 + y * m10) + z * m20. ------------------------------------
 
@@ -50,6 +54,10 @@ RK_HOST_API void GEO_TransformVector3(const GEO_Matrix3* matrix, const GEO_Vecto
 // TransformPointAndDivide of each point. out may be the points themselves.
 RK_HOST_API void GEO_TransformFloatPoints(const GEO_Matrix3* matrix, int32_t count, const GEO_Vector2T<double>* points,
                                           GEO_Vector2T<double>* out);
+// Each point times the matrix, in space as (x, y, 0, 1); divided by the last coordinate, rounded as GEO_RoundDouble
+// does and held to 16 bits; NaN gives -32768. out may be the points themselves.
+RK_HOST_API void GEO_TransformPoints(const GEO_Matrix3* matrix, int32_t count, const Point* points, Point* out);
+RK_HOST_API void GEO_3DTransform2DPoints(const GEO_Matrix4* matrix, int32_t count, const Point* points, Point* out);
 // The bounding box of the rectangle's transformed corners. out may be the rectangle itself.
 RK_HOST_API void GEO_TransformFloatRect(const GEO_Matrix3* matrix, const GEO_FloatRect* rect, GEO_FloatRect* out);
 

@@ -8,4 +8,9 @@
 RK_HOST_API void SHIM_BeginGdiMinimalisticWindowCreationMode();
 RK_HOST_API void SHIM_EndGdiMinimalisticWindowCreationMode();
 
+// The pen of the current port. Line draws from the pen's place to one dh to the right and dv down, both places included,
+// and leaves the pen there; one of no length is a dot.
+RK_HOST_API void MoveTo(int16_t h, int16_t v);
+RK_HOST_API void Line(int16_t dh, int16_t dv);
+
 #endif

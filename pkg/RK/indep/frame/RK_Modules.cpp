@@ -113,7 +113,7 @@ RK_Long RKp_UnloadModules() {
         keepFirst(MOD_UnprepRoutine(module.routine));
         keepFirst(MOD_UnregisterRoutine(module.routine));
     }
-    SEQ_Dispose(g_modules);
+    keepFirst(SEQ_Dispose(g_modules));
     g_modules = nullptr;
     return first;
 }

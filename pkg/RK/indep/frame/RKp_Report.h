@@ -9,10 +9,15 @@
 // The families' report sites.
 constexpr uint32_t RKp_kSiteWorld = 1;
 constexpr uint32_t RKp_kSiteConvolve = 8;
+constexpr uint32_t RKp_kSitePaintSpot = 9;
 constexpr uint32_t RKp_kSiteBlur = 10;
+constexpr uint32_t RKp_kSiteGuessAlpha = 11;
 constexpr uint32_t RKp_kSiteBlend = 12;
 constexpr uint32_t RKp_kSiteFill = 13;
 constexpr uint32_t RKp_kSiteIterate = 14;
+constexpr uint32_t RKp_kSiteWireframe = 15;
+constexpr uint32_t RKp_kSiteLine = 16;
+constexpr uint32_t RKp_kSiteDebugPrint = 17;
 constexpr uint32_t RKp_kSiteCopyDraft = 48;
 constexpr uint32_t RKp_kSiteCopyStraight = 49;
 constexpr uint32_t RKp_kSiteCopyPremul = 50;
