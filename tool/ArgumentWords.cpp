@@ -43,6 +43,12 @@ Place PlaceOf(const std::string& option, const std::string& text, int32_t low, i
             Whole(option, text.substr(comma + 1), low, high)};
 }
 
+GEO_Vector2T<double> PairOf(const std::string& option, const std::string& text, double limit) {
+    const std::vector<std::string> parts = Parts(text, ',');
+    if (parts.size() != 2) Misuse(option + " " + OneLine(text) + ": two numbers X,Y are wanted");
+    return {Number(option, parts[0], -limit, limit), Number(option, parts[1], -limit, limit)};
+}
+
 Size SizeOf(const std::string& option, const std::string& text) {
     const size_t cross = text.find('x');
     if (cross == std::string::npos) Misuse(option + " " + OneLine(text) + ": a size WxH is wanted");

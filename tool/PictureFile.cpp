@@ -51,13 +51,13 @@ PictureFile::PictureFile(const std::string& path)
       format_(FormatOfBytes(file_.Bytes(), file_.Size())),
       info_(format_->probe(file_)) {}
 
-WorldPtr PictureFile::Decode(int depth, Progress& progress) const {
+WorldPtr PictureFile::Decode(int depth, Progress& progress, bool as_stored) const {
     const int64_t width = info_.width, height = info_.height;
     if (width < 1 || height < 1 || width > kLargestSide || height > kLargestSide) {
         Fail(Shown(), fmt::format("{} x {} pixels: each side may be 1 to {}", width, height, kLargestSide));
     }
     WorldPtr world = NewWorld(static_cast<int32_t>(width), static_cast<int32_t>(height), depth, Shown());
-    PictureRows rows(*world);
+    PictureRows rows(*world, as_stored);
     format_->read(file_, info_, rows, progress);
     return world;
 }

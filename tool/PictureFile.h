@@ -61,8 +61,9 @@ class PictureFile {
     const PictureFormat& Format() const { return *format_; }
     const PictureInfo& Info() const { return info_; }
 
-    // The picture as a world of the depth, 8, 16 or 32. Throws when it is larger than a world may be.
-    WorldPtr Decode(int depth, Progress& progress) const;
+    // The picture as a world of the depth, 8, 16 or 32; its alpha straight, or with `as_stored` as the file has it.
+    // Throws when it is larger than a world may be.
+    WorldPtr Decode(int depth, Progress& progress, bool as_stored = false) const;
 
   private:
     InputFile file_;

@@ -45,7 +45,7 @@ template <class P, class S>
 void PictureRows::PutAt(int32_t y, const S* samples, int channels, AlphaKind alpha) {
     using C = RK_Channel<P>;
     P* row = Row<P>(y);
-    if (alpha != AlphaKind::Premultiplied) {
+    if (alpha != AlphaKind::Premultiplied || as_stored_) {
         Unpack(samples, channels, Width(), row);
         for (int32_t x = 0; x < Width(); ++x) row[x].alpha = InRange(row[x].alpha);
         return;

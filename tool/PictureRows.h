@@ -14,7 +14,8 @@ enum class AlphaKind { None, Straight, Premultiplied };
 // kept as it is.
 class PictureRows {
   public:
-    explicit PictureRows(RK_World& world) : world_(world) {}
+    // With `as_stored` Put takes premultiplied samples as they are.
+    explicit PictureRows(RK_World& world, bool as_stored = false) : world_(world), as_stored_(as_stored) {}
 
     // Stores the row y. A pixel is `channels` samples: 1 grey, 2 grey and alpha, 3 red, green, blue, 4 with
     // alpha. Without alpha a pixel is opaque. S is uint8_t, uint16_t or float.
@@ -44,6 +45,7 @@ class PictureRows {
     bool OpaqueAt() const;
 
     RK_World& world_;
+    const bool as_stored_;
     std::vector<RK_PixelFloat> float_row_;
 };
 

@@ -35,6 +35,24 @@ void ReadSetting(const std::string& text, Pose& pose) {
 
 }  // namespace
 
+Pose PoseOf(const std::string& rotate, const std::string& scale, const std::string& translate) {
+    Pose pose;
+    if (!rotate.empty()) pose.rotate = Number("--rotate", rotate, -1e6, 1e6);
+    if (scale.find(',') != std::string::npos) {
+        const auto [sx, sy] = PairOf("--scale", scale, 1000);
+        pose.sx = sx;
+        pose.sy = sy;
+    } else if (!scale.empty()) {
+        pose.sx = pose.sy = Number("--scale", scale, -1000, 1000);
+    }
+    if (!translate.empty()) {
+        const auto [x, y] = PairOf("--translate", translate, 1e5);
+        pose.x = x;
+        pose.y = y;
+    }
+    return pose;
+}
+
 GEO_Matrix3 MatrixOf(const Pose& pose, GEO_Vector2T<double> anchor) {
     const double turn = std::fmod(pose.rotate, 360.0);
     double c = std::cos(turn * kRadian), s = std::sin(turn * kRadian);

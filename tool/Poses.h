@@ -13,6 +13,9 @@ struct Pose {
     double x = 0.0, y = 0.0;  // a shift, in pixels
 };
 
+// What --rotate, --scale and --translate say; an empty text leaves its part as above. Throws a Failure of status 2.
+Pose PoseOf(const std::string& rotate, const std::string& scale, const std::string& translate);
+
 struct Key {
     double time = 0.0;  // in frames
     Pose pose;

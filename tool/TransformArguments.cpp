@@ -82,13 +82,6 @@ void AddOptions(CLI::App& app, TransformText& text) {
     app.footer(kFooter);
 }
 
-// "A,B" as two numbers of the range.
-GEO_Vector2T<double> PairOf(const std::string& option, const std::string& text, double limit) {
-    const std::vector<std::string> parts = Parts(text, ',');
-    if (parts.size() != 2) Misuse(option + " " + OneLine(text) + ": two numbers X,Y are wanted");
-    return {Number(option, parts[0], -limit, limit), Number(option, parts[1], -limit, limit)};
-}
-
 GEO_Matrix3 MatrixOfText(const std::string& text) {
     const std::vector<std::string> parts = Parts(text, ',');
     if (parts.size() != 9)
@@ -108,19 +101,7 @@ void ReadGeometry(const TransformText& text, TransformArguments& out) {
                 "--matrix stands for --rotate, --scale, --translate, --anchor and --motion: give it alone");
         out.matrix = MatrixOfText(text.matrix);
     }
-    if (!text.rotate.empty()) out.pose.rotate = Number("--rotate", text.rotate, -1e6, 1e6);
-    if (text.scale.find(',') != std::string::npos) {
-        const auto [sx, sy] = PairOf("--scale", text.scale, 1000);
-        out.pose.sx = sx;
-        out.pose.sy = sy;
-    } else if (!text.scale.empty()) {
-        out.pose.sx = out.pose.sy = Number("--scale", text.scale, -1000, 1000);
-    }
-    if (!text.translate.empty()) {
-        const auto [x, y] = PairOf("--translate", text.translate, 1e5);
-        out.pose.x = x;
-        out.pose.y = y;
-    }
+    out.pose = PoseOf(text.rotate, text.scale, text.translate);
     if (!text.anchor.empty()) out.anchor = PairOf("--anchor", text.anchor, 1e5);
     if (!text.size.empty()) {
         if (!text.onto.empty()) Misuse("--size goes without --onto: the result is as large as BACK");

@@ -31,6 +31,9 @@ constexpr Command kCommands[] = {
     {"convolve", "filter a picture with a kernel: sharpen, find edges, blur, your own", RunConvolve},
     {"crossfade", "mix two pictures of one size", RunCrossfade},
     {"mask", "make masks, change and combine them, cut pictures out", RunMask},
+    {"text", "write on a picture", RunText},
+    {"outline", "draw the outline of a picture as dots, moved about as you like", RunOutline},
+    {"guess-alpha", "tell how a picture's alpha is to be read", RunGuessAlpha},
     {"modes", "list the transfer modes, or draw all of them on two pictures", RunModes},
     {"slots", "tell what the library's function table holds on this machine", RunSlots},
     {"info", "tell what picture files hold", RunInfo},
@@ -40,7 +43,7 @@ std::string Help() {
     std::string text =
         "rk: the pixel library from the command line\n\nUsage: rk COMMAND [OPTIONS]\n\nCommands:\n";
     for (const Command& command : kCommands)
-        text += fmt::format("  {:<10} {}\n", command.name, command.summary);
+        text += fmt::format("  {:<11} {}\n", command.name, command.summary);
     text +=
         "\nrk COMMAND --help tells a command's options, with examples. rk --version tells the version.\n"
         "Pictures are PNG, JPEG, TIFF and OpenEXR files.\n\n"
