@@ -205,4 +205,10 @@ TEST_F(DebugPrint, NothingIsDrawnWithoutAWorldOrAFormat) {
     EXPECT_EQ(Places{}, canvas.letters());
 }
 
+TEST_F(DebugPrint, MemoryThatFailsDoesNotMatter) {
+    RefHost::FailAllocation(1);
+    EXPECT_EQ((Places{{5, 8}, {11, 8}, {5, 18}}), printed(5, 7, "AA\nA"));
+    EXPECT_EQ(0, RefHost::AllocationsSince());
+}
+
 }  // namespace

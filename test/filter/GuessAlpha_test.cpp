@@ -194,4 +194,16 @@ TEST_F(GuessAlpha, TheMatteAndTheMessageMayBeLeftOut) {
     EXPECT_EQ(2, kind);
 }
 
+TEST_F(GuessAlpha, MemoryThatFailsDoesNotMatter) {
+    test::Bitmap bitmap(3, 1);
+    for (int x = 0; x < 3; ++x) bitmap.at(x, 0) = kClearBlack;
+    char message[RK_kGuessAlphaMessageBytes] = "before";
+    int32_t kind = -7;
+    RefHost::FailAllocation(1);
+    EXPECT_EQ(0, RK_GuessAlphaMessage(bitmap.handle(), nullptr, nullptr, &kind, nullptr, message));
+    EXPECT_EQ(0, RefHost::AllocationsSince());
+    EXPECT_EQ(2, kind);
+    EXPECT_STREQ(kMessage, message);
+}
+
 }  // namespace

@@ -249,6 +249,27 @@ TEST_F(LazyTiles, ACopyThatFailsThrowsItsResult) {
     EXPECT_EQ(32767, copy.GetExtent().x);
 }
 
+TEST_F(LazyTiles, EveryAllocationOfACopyMayFail) {
+    test::Picture<RK_Pixel8> source(20, 13), target(20, 13);
+    source.fill({255, 1, 2, 3});
+    RK_LayerDef from = source.record(), to = target.record();
+    const auto copied = [&] {
+        boost::scoped_ptr<RK_LazyOperator> op(new RK_LazyWorldCopyOperator(&from, &to));
+        RK_LazyTiles tiles(8, &op);
+        return test::thrownBy([&] { tiles.MakeValid({0, 0, 13, 20}); });
+    };
+    RefHost::FailAllocation(0);
+    EXPECT_EQ(0, copied());
+    const int64_t allocations = RefHost::AllocationsSince();
+    for (int64_t n = 1; n <= allocations; ++n) {
+        RefHost::FailAllocation(n);
+        EXPECT_EQ(4, copied()) << n;
+    }
+    RefHost::FailAllocation(allocations + 1);
+    EXPECT_EQ(0, copied());
+    EXPECT_TRUE(source == target);
+}
+
 // ---- Filling a mask -------------------------------------------------------------------------------------
 
 template <class S>

@@ -169,6 +169,12 @@ TEST_F(Lines, NothingIsDrawnWithoutAWorldAColourOrTwoEnds) {
     EXPECT_TRUE(test::onlyBadDepth("Unknown world bitdepth in##CONDITIONNAME"));
 }
 
+TEST_F(Lines, MemoryThatFailsDoesNotMatter) {
+    RefHost::FailAllocation(1);
+    EXPECT_EQ((Rows{"##....", "..##..", "....##"}), drawn(6, 3, 0, 0, 5, 2));
+    EXPECT_EQ(0, RefHost::AllocationsSince());
+}
+
 // ---- Pixels ---------------------------------------------------------------------------------------------
 
 template <class P>

@@ -178,4 +178,12 @@ TEST_F(PaintSpot, WhatIsMissingOrEvenIsRefused) {
     EXPECT_TRUE(before == picture);
 }
 
+TEST_F(PaintSpot, MemoryThatFailsDoesNotMatter) {
+    RefHost::FailAllocation(1);
+    const Kernel kernel = ramp(25);
+    expectSpot(5, 4, 0, 5, kernel, 2, 2,
+               [&](int dx, int dy) { return kernel[size_t((dy + 2) * 5 + dx + 2)]; });
+    EXPECT_EQ(0, RefHost::AllocationsSince());
+}
+
 }  // namespace

@@ -64,7 +64,7 @@ class RK_API RK_LazyTiles {
   public:
     // Takes the operator over, which leaves `*op` empty, and asks it for its extent: the number of tiles
     // stays as it is then. Throws 3, with a report and nothing taken, for a `tile_size` below 1 and where
-    // there is no operator.
+    // there is no operator; std::bad_alloc, and nothing taken, where the tiles find no memory.
     RK_LazyTiles(int16_t tile_size, boost::scoped_ptr<RK_LazyOperator>* op);
     ~RK_LazyTiles();
     RK_LazyTiles(const RK_LazyTiles&) = delete;
