@@ -191,6 +191,36 @@ TYPED_TEST(SampleRows, SpansGiveWhatOneCallForEachPositionGives) {
     }
 }
 
+// ---- Onto the source itself ------------------------------------------------------------------------------
+
+template <class P>
+void writeOverWhatIsRead(RK_Sampler<P>* sampler, const char* what) {
+    test::Random r(35);
+    for (int round = 0; round < test::amount(500); ++round) {
+        auto world = test::sampleWorld<P>(r, 5, 4);
+        const RK_LayerDef src = world.picture.record();
+        RK_SampPB pb = test::sampleBlock(src);
+        pb.x_radius = pb.y_radius = static_cast<int32_t>(1 + r.below(2 << 16));
+        pb.area = static_cast<int32_t>(4.0 * pb.x_radius * pb.y_radius / 65536);
+        const int32_t x = test::insidePosition(r, src.width), y = test::insidePosition(r, src.height);
+        P apart{};
+        sampler(nullptr, x, y, &pb, &apart);
+        P& within = world.picture.at(x >> 16, y >> 16);
+        sampler(nullptr, x, y, &pb, &within);
+        ASSERT_TRUE(test::samePixel(apart, within)) << what << test::showPosition(x, y, src);
+    }
+}
+TYPED_TEST(SampleRows, SamplersMayWriteOverAPixelThatTheyRead) {
+    const auto samplers = RKp_GetSamplerBundle<TypeParam>();
+    writeOverWhatIsRead(samplers.clipped, "clipped");
+    writeOverWhatIsRead(samplers.area, "area");
+    writeOverWhatIsRead(samplers.no_clip, "no-clip");
+}
+TEST_F(SampleRows8, PremultipliedSamplersMayWriteOverAPixelThatTheyRead) {
+    writeOverWhatIsRead<RK_Pixel8>(&RK_AreaSample_Premul, "area");
+    writeOverWhatIsRead<RK_Pixel8>(&RK_SubpixelSample_Premul, "clipped");
+}
+
 // ---- Others' samplers ------------------------------------------------------------------------------------
 
 int g_calls;

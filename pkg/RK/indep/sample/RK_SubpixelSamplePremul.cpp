@@ -18,18 +18,11 @@ Sides sidesInside(int32_t x, int32_t size) {
     return (x & 0xFFFF) != 0 ? kSecond : kFirst;
 }
 
-}  // namespace
-
-RK_Long RK_SubpixelSample_Premul(void*, int32_t x, int32_t y, const RK_SampPB* pb, RK_Pixel8* out) {
-    const RK_LayerDef& src = *pb->src;
-    *out = RK_Pixel8{};
-    if (src.width < 1 || src.height < 1) return RK_kOK;
-    if (RKp_IsWhole(x, y)) {
-        *out = RKp_WholePixelClipped<RK_Pixel8>(src, x, y);
-        return RK_kOK;
-    }
+RK_Pixel8 sampleAt(int32_t x, int32_t y, const RK_LayerDef& src) {
+    if (src.width < 1 || src.height < 1) return {};
+    if (RKp_IsWhole(x, y)) return RKp_WholePixelClipped<RK_Pixel8>(src, x, y);
     const Sides columns = sidesInside(x, src.width), rows = sidesInside(y, src.height);
-    if (columns == kNone || rows == kNone) return RK_kOK;
+    if (columns == kNone || rows == kNone) return {};
 
     const int32_t xi = x >> 16, yi = y >> 16;
     const auto neighbour = [&](Sides column, Sides row) {
@@ -38,10 +31,7 @@ RK_Long RK_SubpixelSample_Premul(void*, int32_t x, int32_t y, const RK_SampPB* p
     };
     const RK_Pixel8 p00 = neighbour(kFirst, kFirst), p10 = neighbour(kSecond, kFirst);
     const RK_Pixel8 p01 = neighbour(kFirst, kSecond), p11 = neighbour(kSecond, kSecond);
-    if (RKp_SamePixel(p00, p10) && RKp_SamePixel(p00, p01) && RKp_SamePixel(p00, p11)) {
-        *out = p00;
-        return RK_kOK;
-    }
+    if (RKp_SamePixel(p00, p10) && RKp_SamePixel(p00, p01) && RKp_SamePixel(p00, p11)) return p00;
 
     // Kept: three weights are truncated, the fourth takes the rest.
     const double xf = x & 0xFFFF, yf = y & 0xFFFF, scale = 1.52587890625e-05;
@@ -52,6 +42,13 @@ RK_Long RK_SubpixelSample_Premul(void*, int32_t x, int32_t y, const RK_SampPB* p
     const auto mixed = [&](uint8_t RK_Pixel8::*c) {
         return static_cast<uint8_t>((p00.*c * w00 + p10.*c * w10 + p01.*c * w01 + p11.*c * w11 + 32768) >> 16);
     };
-    *out = {mixed(&RK_Pixel8::alpha), mixed(&RK_Pixel8::red), mixed(&RK_Pixel8::green), mixed(&RK_Pixel8::blue)};
+    return {mixed(&RK_Pixel8::alpha), mixed(&RK_Pixel8::red), mixed(&RK_Pixel8::green), mixed(&RK_Pixel8::blue)};
+}
+
+}  // namespace
+
+// Nothing is written before all is read: the pixel may be one of the source's.
+RK_Long RK_SubpixelSample_Premul(void*, int32_t x, int32_t y, const RK_SampPB* pb, RK_Pixel8* out) {
+    *out = sampleAt(x, y, *pb->src);
     return RK_kOK;
 }
