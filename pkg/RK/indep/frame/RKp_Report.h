@@ -8,6 +8,8 @@
 
 // The families' report sites.
 constexpr uint32_t RKp_kSiteWorld = 1;
+constexpr uint32_t RKp_kSiteEffectWorld = 3;
+constexpr uint32_t RKp_kSitePlanes = 4;
 constexpr uint32_t RKp_kSiteConvolve = 8;
 constexpr uint32_t RKp_kSitePaintSpot = 9;
 constexpr uint32_t RKp_kSiteBlur = 10;
@@ -23,6 +25,8 @@ constexpr uint32_t RKp_kSiteCopyStraight = 49;
 constexpr uint32_t RKp_kSiteCopyPremul = 50;
 constexpr uint32_t RKp_kSiteUno = 55;
 constexpr uint32_t RKp_kSiteIterateGeneric = 70;
+constexpr uint32_t RKp_kSiteChannelCopy = 72;
+constexpr uint32_t RKp_kSiteChunk = 74;
 constexpr uint32_t RKp_kSiteIterateOrigin = 82;
 
 // Reports "bad parameter passed to effect callback" from the site and returns 3.

@@ -9,29 +9,13 @@
 
 namespace {
 
-// Spreads `from` source places over `to` destination places: write(source, first, count) tells how often a source place
-// is written, and where.
-template <class Write>
-void replicate(int32_t from, int32_t to, Write&& write) {
-    int64_t e = 0;
-    int32_t place = 0;
-    for (int32_t i = 0; i < from; ++i) {
-        e += to;
-        const auto n = static_cast<int32_t>(e / from);
-        if (n == 0) continue;
-        write(i, place, n);
-        place += n;
-        e -= int64_t{n} * from;
-    }
-}
-
 template <class To, class From>
 void copyScaled(const RK_LayerDef& src, const GEO_LRect& s, const RK_LayerDef& dst, const GEO_LRect& d) {
     const int32_t dw = d.right - d.left;
-    replicate(s.bottom - s.top, d.bottom - d.top, [&](int32_t row, int32_t first, int32_t rows) {
+    RKp_Replicate(s.bottom - s.top, d.bottom - d.top, [&](int32_t row, int32_t first, int32_t rows) {
         const From* in = reinterpret_cast<const From*>(RKp_CopyRow(src, s.top + row)) + s.left;
         To* out = reinterpret_cast<To*>(RKp_CopyRowOut(dst, d.top + first)) + d.left;
-        replicate(s.right - s.left, dw, [&](int32_t column, int32_t place, int32_t columns) {
+        RKp_Replicate(s.right - s.left, dw, [&](int32_t column, int32_t place, int32_t columns) {
             const To pixel = RKp_ConvertPixel<To>(in[column]);
             for (int32_t k = 0; k < columns; ++k) out[place + k] = pixel;
         });

@@ -31,4 +31,20 @@ inline const char* RKp_CopyRow(const RK_LayerDef& world, int32_t y) {
 }
 inline char* RKp_CopyRowOut(const RK_LayerDef& world, int32_t y) { return const_cast<char*>(RKp_CopyRow(world, y)); }
 
+// Spreads `from` source places over `to` destination places: write(source, first, count) tells how often a source place
+// is written, and where.
+template <class Write>
+void RKp_Replicate(int32_t from, int32_t to, Write&& write) {
+    int64_t e = 0;
+    int32_t place = 0;
+    for (int32_t i = 0; i < from; ++i) {
+        e += to;
+        const auto n = static_cast<int32_t>(e / from);
+        if (n == 0) continue;
+        write(i, place, n);
+        place += n;
+        e -= int64_t{n} * from;
+    }
+}
+
 #endif

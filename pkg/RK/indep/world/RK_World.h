@@ -16,6 +16,7 @@ class RK_API RK_PixelContainerBase : public KIT_MemTrackedObject {
 
 // Flags of RK_World::New.
 constexpr RK_Long RK_kWorldClear = 1;   // pixels start as zero
+constexpr RK_Long RK_kWorldDeep = 2;    // told with depth 16 by effect worlds; the depth itself decides
 constexpr RK_Long RK_kWorldBitmap = 4;  // pixels live in a host bitmap
 
 constexpr int32_t RK_kWorldSizeLimit = 30000;  // a new world's width and height are each 1 up to this
