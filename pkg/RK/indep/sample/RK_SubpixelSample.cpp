@@ -47,6 +47,7 @@ RK_Long RK_SubpixelSampleTranslateNoClip_Straight(void*, int32_t x, int32_t y, c
 
 RK_Long RK_SubpixelSpanSampleTranslateNoClip_Straight(void*, RK_Long count, int32_t x, int32_t y, const RK_SampPB* pb,
                                                       int32_t* alpha_sum, RK_Pixel8* out) {
+    if (count < 1) return RK_kOK;
     RKp_RoundingToNearest([&] { RKp_SpanRow(*pb->src, x, y, count, out); });
     RKp_AddAlphas(count, out, alpha_sum);
     return RK_kOK;
@@ -67,6 +68,7 @@ RK_Long RK_SubpixelCPlusPlusNoClip(void*, int32_t x, int32_t y, const RK_SampPB*
 
 RK_Long RK_SubpixelSpanSampleCPlusPlus(void*, RK_Long count, int32_t x, int32_t y, const RK_SampPB* pb,
                                        int32_t* alpha_sum, RK_Pixel8* out) {
+    if (count < 1) return RK_kOK;
     RKp_SampleSpan<RKp_Portable8>(count, x, y, *pb->src, alpha_sum, out);
     return RK_kOK;
 }

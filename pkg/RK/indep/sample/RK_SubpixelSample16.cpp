@@ -30,6 +30,7 @@ RK_Long RK_SubpixelSampleTranslateNoClip_Straight16(void*, int32_t x, int32_t y,
 
 RK_Long RK_SubpixelSpanSampleTranslateNoClip_Straight16(void*, RK_Long count, int32_t x, int32_t y, const RK_SampPB* pb,
                                                         int32_t* alpha_sum, RK_Pixel16* out) {
+    if (count < 1) return RK_kOK;
     RKp_SpanRow(*pb->src, x, y, count, out);
     RKp_AddAlphas(count, out, alpha_sum);
     return RK_kOK;
@@ -48,6 +49,7 @@ RK_Long RK_SubpixelCPlusPlusNoClip16(void*, int32_t x, int32_t y, const RK_SampP
 
 RK_Long RK_SubpixelSpanSampleCPlusPlus16(void*, RK_Long count, int32_t x, int32_t y, const RK_SampPB* pb,
                                          int32_t* alpha_sum, RK_Pixel16* out) {
+    if (count < 1) return RK_kOK;
     RKp_SampleSpan<RKp_Portable16>(count, x, y, *pb->src, alpha_sum, out);
     return RK_kOK;
 }

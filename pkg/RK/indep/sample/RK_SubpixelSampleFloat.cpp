@@ -30,6 +30,7 @@ RK_Long RK_SubpixelSampleTranslateNoClipCPlusPlusFloat(void*, int32_t x, int32_t
 
 RK_Long RK_SubpixelSpanSampleCPlusPlusFloat(void*, RK_Long count, int32_t x, int32_t y, const RK_SampPB* pb,
                                             float* alpha_sum, RK_PixelFloat* out) {
+    if (count < 1) return RK_kOK;
     RKp_SpanRow(*pb->src, x, y, RKp_BilinearWeights<float>(x, y), count, alpha_sum, out);
     return RK_kOK;
 }
