@@ -31,6 +31,8 @@ class OddWorld final : public RK_World {
     void PremulColor(const RK_Pixel16&) override {}
     void UnmulColor(const RK_Pixel16&) override {}
     void CopyRect(const RK_World*, const GEO_Rect&, int16_t, int16_t) override {}
+    void CopyRectPossiblyDifferentBitdepth(const RK_World*, const GEO_Rect&, bool, int16_t, int16_t,
+                                           RK_ProgressInfo*) override {}
     bool SubWorldSafetyGutterHasBeenOverWritten() const override { return false; }
     void ReleaseOwnership() override {}
 

@@ -77,6 +77,11 @@ class RK_API RK_World : public RK_PixelContainerBase {
     // Copies the part of src_rect that lies in the source and lands, moved to dest_h, dest_v, in this world.
     // The depths must agree. A world may be copied within itself.
     virtual void CopyRect(const RK_World* src, const GEO_Rect& src_rect, int16_t dest_h, int16_t dest_v) = 0;
+    // The same from a world of any depth, whose rows are converted. With `dither` the rows of 16 bits and float that
+    // come to 8 bits take the package's noise. Checks in at every 64th row. A depth that is none of 8, 16 and 32 is
+    // reported and throws 3.
+    virtual void CopyRectPossiblyDifferentBitdepth(const RK_World* src, const GEO_Rect& src_rect, bool dither,
+                                                   int16_t dest_h, int16_t dest_v, RK_ProgressInfo* progress) = 0;
     // True when something wrote past the last pixel of a heap world. A debugging aid; a bitmap world has no
     // gutter to look at and gives false.
     virtual bool SubWorldSafetyGutterHasBeenOverWritten() const = 0;

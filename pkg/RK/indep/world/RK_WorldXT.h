@@ -60,6 +60,8 @@ class RK_API RK_WorldX final : public RK_World {
     void PremulColor(const RK_Pixel16& colour) override;
     void UnmulColor(const RK_Pixel16& colour) override;
     void CopyRect(const RK_World* src, const GEO_Rect& src_rect, int16_t dest_h, int16_t dest_v) override;
+    void CopyRectPossiblyDifferentBitdepth(const RK_World* src, const GEO_Rect& src_rect, bool dither, int16_t dest_h,
+                                           int16_t dest_v, RK_ProgressInfo* progress) override;
     bool SubWorldSafetyGutterHasBeenOverWritten() const override;
     void ReleaseOwnership() override;
 
