@@ -172,7 +172,7 @@ TEST(BuildFrame, EveryFailedAllocationAndEveryCheckStopsIt) {
             build(&record);
         },
         [&](int) { EXPECT_EQ(error, 4); });
-    EXPECT_EQ(failures, 3);
+    EXPECT_EQ(failures, 5);
     for (int stop = 0;; ++stop) {
         Stopper stopper{stop, 99};
         InterruptRecord record;

@@ -5,12 +5,11 @@
 #include "RK/indep/frame/RK.h"
 #include "RK/indep/retime/AlphaMatter.h"
 #include "RK/indep/retime/BuildPictureT.h"
-#include "RK/indep/retime/FnMoveSampler.h"
-#include "RK/indep/retime/ImageZoomers.h"
 
 // ---- Sinc -----------------------------------------------------------------------------------------------
 
-// sin and cos in double, rounded to float: what C libraries differ by is lost in the rounding but for rare ties.
+// sin and cos in double, rounded to float: what C libraries differ by is lost in the rounding but for rare
+// ties.
 FnSincTaps::FnSincTaps(float p) {
     constexpr double kPi = 3.14159265358979323846;
     const float c = p - 0.5f;
@@ -18,8 +17,10 @@ FnSincTaps::FnSincTaps(float p) {
     float sum = 0.0f;
     for (int32_t i = 0; i < kCount; ++i) {
         const double d = static_cast<double>(c - static_cast<float>(first + i));
-        taps[i] = d == 0.0 ? 1.0f
-                           : static_cast<float>((std::sin(kPi * d) / d) * (std::cos(kPi * d / kRadius) + 1.0) * 0.5);
+        taps[i] =
+            d == 0.0
+                ? 1.0f
+                : static_cast<float>((std::sin(kPi * d) / d) * (std::cos(kPi * d / kRadius) + 1.0) * 0.5);
         sum += taps[i];
     }
     for (float& tap : taps) tap /= sum;
@@ -69,47 +70,29 @@ int32_t FnBuildFrame(FnTexture<Stored, Computed>* dest, const FnTexture<Stored, 
     tween->a.ResetEdgesAndOrigins();
     tween->b.ResetEdgesAndOrigins();
     tween->classes.ResetEdgesAndOrigins();
-    FnVectorMap v1, v2;
-    FnIntMap classes;
-    if (!v1.Resize(dest->Width(), dest->Height()) || !v2.Resize(dest->Width(), dest->Height()) ||
-        !classes.Resize(dest->Width(), dest->Height()))
-        return RK_kOutOfMemory;
-    // Vectors are not rescaled here; the builder's vector scale does that.
-    FnMoveSampler<HvVec2, HvVec2, 1> enlarge;
-    enlarge.mode = 1;
-    enlarge.SetScaling(1.0f / ratio);
-    enlarge.SetInterrupt(interrupt);
-    enlarge.process(&tween->a, &v1);
-    if (interrupt->error != 0) return interrupt->error;
-    enlarge.process(&tween->b, &v2);
-    if (interrupt->error != 0) return interrupt->error;
-    ImageZoomerBase<int, int> zoom(1.0f / ratio, 1.0f / ratio);
-    zoom.SetInterrupt(interrupt);
-    zoom.process(&tween->classes, &classes);
-    if (interrupt->error != 0) return interrupt->error;
+    FnEnlargedRows rows;
+    if (!rows.Make(*tween, dest->Width(), 1.0f / ratio)) return RK_kOutOfMemory;
 
     FnTweenParameters p;
     p.t = t;
     p.flags = kFnGivenResultA | kFnGivenResultB | kFnGuessOcclusion | (sinc ? kFnSincSampling : 0u);
     FnMotionEstimateGradientTweenerBuildPicture<Stored, Computed, Scale> build(p);
-    build.class_map = &classes;
-    build.v1 = &v1;
-    build.v2 = &v2;
+    build.rows = &rows;
     build.f1 = &f1;
     build.f2 = &f2;
-    build.vector_scale = ratio;
+    build.vector_scale = ratio;  // the rows keep the vectors' own
     build.probe_sense = true;
     build.SetInterrupt(interrupt);
     build.ProcessMap(dest);
     return interrupt->error;
 }
 
-#define FN_FRAMES(Pixel, Scale)                                                                                     \
-    template int32_t FnBuildFrame<Pixel, FnPixelFloat, Scale>(FnPicture<Pixel>*, const FnPicture<Pixel>&,           \
-                                                              const FnPicture<Pixel>&, FnTweenResult*, float, bool, \
-                                                              InterruptRecord*);                                    \
-    template int32_t FnNearestFrame<Pixel, FnPixelFloat, Scale>(FnPicture<Pixel>*, const FnPicture<Pixel>&,         \
-                                                                const FnPicture<Pixel>&, float, InterruptRecord*);
+#define FN_FRAMES(Pixel, Scale)                                                                           \
+    template int32_t FnBuildFrame<Pixel, FnPixelFloat, Scale>(FnPicture<Pixel>*, const FnPicture<Pixel>&, \
+                                                              const FnPicture<Pixel>&, FnTweenResult*,    \
+                                                              float, bool, InterruptRecord*);             \
+    template int32_t FnNearestFrame<Pixel, FnPixelFloat, Scale>(                                          \
+        FnPicture<Pixel>*, const FnPicture<Pixel>&, const FnPicture<Pixel>&, float, InterruptRecord*);
 FN_FRAMES(FnPixel8, 0xFF)
 FN_FRAMES(FnPixel16, 0x8000)
 FN_FRAMES(FnPixelFloat, 1)
