@@ -37,14 +37,36 @@ class FnGaussTaps {
     int32_t reach_ = 0;
 };
 
-// Pass 0 blurs rows into a scratch map that reaches beyond the region, reading the source by its edge rules; pass 1
-// blurs the scratch's columns into the destination. Each sum runs from -R to R.
+// Pass 0 blurs rows into a scratch map that reaches beyond the region, reading the source by its edge rules;
+// pass 1 blurs the scratch's columns into the destination. Each sum runs from -R to R.
 template <class Stored, class Computed, int, int, int, int Scale, int>
 class BlurGeneralGauss : public Sampler<FnTexture<Stored, Computed>, FnTexture<Stored, Computed>> {
   public:
     BlurGeneralGauss(float x_sigma, float y_sigma) : x_sigma_(x_sigma), y_sigma_(y_sigma) {}
     // Both sigmas are divided by it first.
     float x_scale = 1.0f;
+
+    // out[k] = the sum over i of taps[i] * in[i * stride + k], for k below count.
+    static void Sum(const FnGaussTaps& gauss, const Stored* in, ptrdiff_t stride, Stored* out,
+                    int32_t count) {
+        const int32_t taps = 2 * gauss.Reach() + 1;
+        constexpr int32_t kWidth = 16;
+        int32_t k = 0;
+        for (; k + kWidth <= count; k += kWidth) {
+            Computed sums[kWidth] = {};
+            for (int32_t i = 0; i < taps; ++i) {
+                const float tap = gauss.Taps()[i];
+                const Stored* from = in + i * stride + k;
+                for (int32_t n = 0; n < kWidth; ++n) sums[n] += tap * from[n];
+            }
+            std::memcpy(out + k, sums, sizeof sums);
+        }
+        for (; k < count; ++k) {
+            Computed sum = 0.0f;
+            for (int32_t i = 0; i < taps; ++i) sum += gauss.Taps()[i] * in[i * stride + k];
+            out[k] = sum;
+        }
+    }
 
     void Prepare() override {
         this->SetPassCount(2);
@@ -70,28 +92,6 @@ class BlurGeneralGauss : public Sampler<FnTexture<Stored, Computed>, FnTexture<S
     }
 
   private:
-    static constexpr int32_t kWidth = 16;
-
-    // out[k] = the sum over i of taps[i] * in[i * stride + k], for k below count.
-    static void Sum(const FnGaussTaps& gauss, const Stored* in, ptrdiff_t stride, Stored* out, int32_t count) {
-        const int32_t taps = 2 * gauss.Reach() + 1;
-        int32_t k = 0;
-        for (; k + kWidth <= count; k += kWidth) {
-            Computed sums[kWidth] = {};
-            for (int32_t i = 0; i < taps; ++i) {
-                const float tap = gauss.Taps()[i];
-                const Stored* from = in + i * stride + k;
-                for (int32_t n = 0; n < kWidth; ++n) sums[n] += tap * from[n];
-            }
-            std::memcpy(out + k, sums, sizeof sums);
-        }
-        for (; k < count; ++k) {
-            Computed sum = 0.0f;
-            for (int32_t i = 0; i < taps; ++i) sum += gauss.Taps()[i] * in[i * stride + k];
-            out[k] = sum;
-        }
-    }
-
     // Row y of the scratch stands for row region.top - R + y.
     void BlurRows() {
         const FnBand band = FnBandOf(0, scratch_.Height(), FnThreadNumber(), this->Threads());

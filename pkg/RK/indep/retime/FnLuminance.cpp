@@ -1,8 +1,7 @@
 #include "RK/indep/retime/FnLuminance.h"
 
 #include "RK/indep/frame/RK.h"
-#include "RK/indep/retime/BlurGeneralGauss.h"
-#include "RK/indep/retime/FnMoveSampler.h"
+#include "RK/indep/retime/FnSmallLuminance.h"
 
 void FnMotionEstimateMapStackHolder::DropLuminance() {
     delete first_luminance;
@@ -21,33 +20,19 @@ FnMotionEstimateLuminanceFrameGenerator<Stored, Computed, Scale>::FnMotionEstima
         red = green = blue = 1.0f;
     else
         red /= sum, green /= sum, blue /= sum;
-    constexpr float kFactor = Scale == 0xFF ? 0.003921568859368563f : Scale == 0x8000 ? 3.0517578125e-5f : 1.0f;
+    constexpr float kFactor = Scale == 0xFF     ? 0.003921568859368563f
+                              : Scale == 0x8000 ? 3.0517578125e-5f
+                                                : 1.0f;
     red *= kFactor, green *= kFactor, blue *= kFactor;
 }
 
 namespace {
 
-// A small luminance frame: full size, blurred against aliasing, nearest samples. Null with *error set on failure.
+// Null with *error set on failure.
 template <class Stored, class Computed, int Scale>
 FnFloatMap* OneFrame(const FnTexture<Stored, Computed>& picture, int32_t width, int32_t height, float ratio,
                      const FnLuminanceWeights& weights, InterruptRecord* interrupt, int32_t* error) {
     *error = RK_kOutOfMemory;
-    FnFloatMap soft;
-    {
-        FnFloatMap full;
-        if (!full.Resize(picture.Width(), picture.Height()) || !soft.Resize(picture.Width(), picture.Height()))
-            return nullptr;
-        FnMotionEstimateLuminanceFrameGenerator<Stored, Computed, Scale> generate(weights);
-        generate.SetInterrupt(interrupt);
-        generate.process(&picture, &full);
-        FnGaussBlur blur(ratio / 3.0f, ratio / 3.0f);
-        blur.SetInterrupt(interrupt);
-        if (interrupt->error == 0) blur.process(&full, &soft);
-    }
-    if (interrupt->error != 0) {
-        *error = interrupt->error;
-        return nullptr;
-    }
     FnFloatMap* small = new FnFloatMap;
     if (!small) return nullptr;
     if (!small->Resize(width, height)) {
@@ -55,10 +40,9 @@ FnFloatMap* OneFrame(const FnTexture<Stored, Computed>& picture, int32_t width, 
         return nullptr;
     }
     small->SetEdgeModes(kFnClamp, kFnClamp);
-    FnMoveSampler<float, float, 1> sample;
-    sample.SetScaling(ratio);
+    FnSmallLuminance<Stored, Computed, Scale> sample(weights, ratio);
     sample.SetInterrupt(interrupt);
-    sample.process(&soft, small);
+    sample.process(&picture, small);
     *error = interrupt->error;
     if (*error == 0) return small;
     delete small;
@@ -72,21 +56,23 @@ int32_t BothFrames(const FnTexture<Stored, Computed>& first, const FnTexture<Sto
     const float ratio = static_cast<float>(first.Width()) / static_cast<float>(holder->width);
     int32_t error = 0;
     holder->DropLuminance();
-    holder->first_luminance = OneFrame<Stored, Computed, Scale>(first, holder->width, holder->height, ratio, weights,
-                                                                interrupt, &error);
+    holder->first_luminance = OneFrame<Stored, Computed, Scale>(first, holder->width, holder->height, ratio,
+                                                                weights, interrupt, &error);
     if (error != 0) return error;
-    holder->second_luminance = OneFrame<Stored, Computed, Scale>(second, holder->width, holder->height, ratio, weights,
-                                                                 interrupt, &error);
+    holder->second_luminance = OneFrame<Stored, Computed, Scale>(second, holder->width, holder->height, ratio,
+                                                                 weights, interrupt, &error);
     return error;
 }
 
-int32_t SmallSize(int32_t size, float detail) { return std::max(FnTruncate(static_cast<float>(size) * detail), 1); }
+int32_t SmallSize(int32_t size, float detail) {
+    return std::max(FnTruncate(static_cast<float>(size) * detail), 1);
+}
 
 }  // namespace
 
 template <class Stored, class Computed, int Scale>
-int32_t FnMakeLuminance(const FnTexture<Stored, Computed>& first, const FnTexture<Stored, Computed>& second, float detail,
-                        const FnLuminanceWeights& weights, InterruptRecord* interrupt,
+int32_t FnMakeLuminance(const FnTexture<Stored, Computed>& first, const FnTexture<Stored, Computed>& second,
+                        float detail, const FnLuminanceWeights& weights, InterruptRecord* interrupt,
                         FnMotionEstimateMapStackHolder* holder) {
     holder->width = SmallSize(first.Width(), detail);
     holder->height = SmallSize(first.Height(), detail);
@@ -94,23 +80,22 @@ int32_t FnMakeLuminance(const FnTexture<Stored, Computed>& first, const FnTextur
 }
 
 template <class Stored, class Computed, int Scale>
-int32_t FnRestoreLuminance(const FnTexture<Stored, Computed>& first, const FnTexture<Stored, Computed>& second,
-                           const FnLuminanceWeights& weights, InterruptRecord* interrupt,
-                           FnMotionEstimateMapStackHolder* holder) {
+int32_t FnRestoreLuminance(const FnTexture<Stored, Computed>& first,
+                           const FnTexture<Stored, Computed>& second, const FnLuminanceWeights& weights,
+                           InterruptRecord* interrupt, FnMotionEstimateMapStackHolder* holder) {
     const int32_t error = BothFrames<Stored, Computed, Scale>(first, second, weights, interrupt, holder);
     if (error == 0) holder->lacks_luminance = false;
     return error;
 }
 
-#define FN_LUMINANCE(Pixel, Scale)                                                                              \
-    template class FnMotionEstimateLuminanceFrameGenerator<Pixel, FnPixelFloat, Scale>;                         \
-    template int32_t FnMakeLuminance<Pixel, FnPixelFloat, Scale>(                                               \
-        const FnPicture<Pixel>&, const FnPicture<Pixel>&, float, const FnLuminanceWeights&, InterruptRecord*,   \
-        FnMotionEstimateMapStackHolder*);                                                                       \
-    template int32_t FnRestoreLuminance<Pixel, FnPixelFloat, Scale>(const FnPicture<Pixel>&,                    \
-                                                                    const FnPicture<Pixel>&,                    \
-                                                                    const FnLuminanceWeights&, InterruptRecord*, \
-                                                                    FnMotionEstimateMapStackHolder*);
+#define FN_LUMINANCE(Pixel, Scale)                                                                     \
+    template class FnMotionEstimateLuminanceFrameGenerator<Pixel, FnPixelFloat, Scale>;                \
+    template int32_t FnMakeLuminance<Pixel, FnPixelFloat, Scale>(                                      \
+        const FnPicture<Pixel>&, const FnPicture<Pixel>&, float, const FnLuminanceWeights&,            \
+        InterruptRecord*, FnMotionEstimateMapStackHolder*);                                            \
+    template int32_t FnRestoreLuminance<Pixel, FnPixelFloat, Scale>(                                   \
+        const FnPicture<Pixel>&, const FnPicture<Pixel>&, const FnLuminanceWeights&, InterruptRecord*, \
+        FnMotionEstimateMapStackHolder*);
 FN_LUMINANCE(FnPixel8, 0xFF)
 FN_LUMINANCE(FnPixel16, 0x8000)
 FN_LUMINANCE(FnPixelFloat, 1)
