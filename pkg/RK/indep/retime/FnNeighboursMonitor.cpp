@@ -10,13 +10,17 @@ struct Around {
           right(x + 1 < map.Width() ? x + 1 : x),
           above(y > 0 ? y - 1 : y),
           below(y + 1 < map.Height() ? y + 1 : y) {}
+    // All eight neighbours exist.
+    bool IsWhole() const { return right - left == 2 && below - above == 2; }
 };
 
 }  // namespace
 
-int32_t FnMotionEstimateGradientChangedNeighboursMonitor::Gather(int32_t x, int32_t y, FnCandidateSet* out) const {
+int32_t FnMotionEstimateGradientChangedNeighboursMonitor::Gather(int32_t x, int32_t y,
+                                                                 FnCandidateSet* out) const {
     if (!previous_.HasPixels() || !changed_.HasPixels()) return 0;
     const Around around(previous_, x, y);
+    if (around.IsWhole()) return GatherInside(x, y, out);
     int32_t count = 0;
     for (int32_t j = around.below; j >= around.above; --j) {
         const HvVec2* vectors = previous_.Row(j);
@@ -28,6 +32,32 @@ int32_t FnMotionEstimateGradientChangedNeighboursMonitor::Gather(int32_t x, int3
         }
     }
     return count;
+}
+
+// Where nothing changed, which is the most of a map that settles, one look at the flags is all.
+int32_t FnMotionEstimateGradientChangedNeighboursMonitor::GatherInside(int32_t x, int32_t y,
+                                                                       FnCandidateSet* out) const {
+    const HvVec2* below = previous_.Row(y + 1) + x;
+    const HvVec2* here = previous_.Row(y) + x;
+    const HvVec2* above = previous_.Row(y - 1) + x;
+    if (all_neighbours) {
+        for (int i = -1; i <= 1; ++i) out->Add(below[i]);
+        out->Add(here[-1]);
+        out->Add(here[1]);
+        for (int i = -1; i <= 1; ++i) out->Add(above[i]);
+        return 8;
+    }
+    const int* c = changed_.Row(y + 1) + x;
+    const int* d = changed_.Row(y) + x;
+    const int* e = changed_.Row(y - 1) + x;
+    if ((c[-1] | c[0] | c[1] | d[-1] | d[1] | e[-1] | e[0] | e[1]) == 0) return 0;
+    for (int i = -1; i <= 1; ++i)
+        if (c[i] != 0) out->Add(below[i]);
+    if (d[-1] != 0) out->Add(here[-1]);
+    if (d[1] != 0) out->Add(here[1]);
+    for (int i = -1; i <= 1; ++i)
+        if (e[i] != 0) out->Add(above[i]);
+    return c[-1] + c[0] + c[1] + d[-1] + d[1] + e[-1] + e[0] + e[1];
 }
 
 HvVec2 FnMotionEstimateGradientChangedNeighboursMonitor::LocalMean(int32_t x, int32_t y) const {

@@ -36,9 +36,11 @@ class FnMotionEstimateGradientChangedNeighboursMonitor : public FnImgProc,
     void ProcessBand() override;
 
   private:
+    // Of an element that has all eight.
+    int32_t GatherInside(int32_t x, int32_t y, FnCandidateSet* out) const;
     FnVectorMap& Watched() const { return *static_cast<FnVectorMap*>(Map()); }
 
-    FnIntMap changed_;
+    FnIntMap changed_;  // 1 or 0
     FnVectorMap previous_;
     std::atomic<bool> saw_undefined_{false};
 };

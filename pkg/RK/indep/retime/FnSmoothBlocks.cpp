@@ -4,7 +4,8 @@ namespace {
 
 // Sums |T - sample(x, y)| over the unmasked pixels; sample tells whether it has a value.
 template <class Sample>
-float MeanDifference(const FnBlockRect& b, const FnFloatMap& target, const FnFloatMap* mask, Sample&& sample) {
+float MeanDifference(const FnBlockRect& b, const FnFloatMap& target, const FnFloatMap* mask,
+                     Sample&& sample) {
     float sum = 0.0f;
     int64_t used = 0;
     for (int32_t y = b.y0; y < b.y1; ++y) {
@@ -20,27 +21,57 @@ float MeanDifference(const FnBlockRect& b, const FnFloatMap& target, const FnFlo
     return used <= b.Area() / 4 ? FLT_MAX : sum / static_cast<float>(used);
 }
 
+// The same without a mask, of a block whose samples all have values: fill(y, x, n, values) gives n of a row.
+// The differences are made by vectors, the sum in order.
+template <class Fill>
+float MeanDifferenceInside(const FnBlockRect& b, const FnFloatMap& target, Fill&& fill) {
+    constexpr int32_t kPart = 16;
+    float sum = 0.0f;
+    for (int32_t y = b.y0; y < b.y1; ++y) {
+        const float* row = target.Row(y);
+        for (int32_t x = b.x0; x < b.x1; x += kPart) {
+            const int32_t count = std::min(b.x1 - x, kPart);
+            float values[kPart];
+            fill(y, x, count, values);
+            for (int32_t i = 0; i < count; ++i) sum += std::fabs(row[x + i] - values[i]);
+        }
+    }
+    return b.Area() < 1 ? FLT_MAX : sum / static_cast<float>(b.Area());
+}
+
 }  // namespace
 
 // The path taken is part of the result: the fractions of the two bilinear paths round differently.
-float FnMatchError(const HvVec2& v, const FnBlockRect& b, const FnFloatMap& reference, const FnFloatMap& target,
-                   const FnFloatMap* mask) {
-    const float width = static_cast<float>(reference.Width()), height = static_cast<float>(reference.Height());
-    if (v.x == 0.0f && v.y == 0.0f)
-        return MeanDifference(b, target, mask, [&](int32_t x, int32_t y, float* value) {
+float FnMatchError(const HvVec2& v, const FnBlockRect& b, const FnFloatMap& reference,
+                   const FnFloatMap& target, const FnFloatMap* mask) {
+    const float width = static_cast<float>(reference.Width()),
+                height = static_cast<float>(reference.Height());
+    if (v.x == 0.0f && v.y == 0.0f) {
+        auto own = [&](int32_t x, int32_t y, float* value) {
             *value = reference.Row(y)[x];
             return true;
+        };
+        if (mask) return MeanDifference(b, target, mask, own);
+        return MeanDifferenceInside(b, target, [&](int32_t y, int32_t x, int32_t count, float* values) {
+            std::memcpy(values, reference.Row(y) + x, static_cast<size_t>(count) * sizeof(float));
         });
+    }
 
     const float fx = -v.x, fy = v.y;
     const int64_t ix = FnFloor(fx), iy = FnFloor(fy);
     if (b.x0 + ix >= 0 && b.y0 + iy >= 0 && b.x1 + ix <= reference.Width() - 1 &&
         b.y1 + iy <= reference.Height() - 1) {
-        const float ax = FnFraction(fx, static_cast<int32_t>(ix)), ay = FnFraction(fy, static_cast<int32_t>(iy));
-        return MeanDifference(b, target, mask, [&](int32_t x, int32_t y, float* value) {
+        const float ax = FnFraction(fx, static_cast<int32_t>(ix)),
+                    ay = FnFraction(fy, static_cast<int32_t>(iy));
+        auto fill = [&](int32_t y, int32_t x, int32_t count, float* values) {
             const float* p = reference.Row(static_cast<int32_t>(y + iy)) + x + ix;
             const float* q = reference.Row(static_cast<int32_t>(y + iy + 1)) + x + ix;
-            *value = FnMix(FnMix(p[0], p[1], ax), FnMix(q[0], q[1], ax), ay);
+            for (int32_t i = 0; i < count; ++i)
+                values[i] = FnMix(FnMix(p[i], p[i + 1], ax), FnMix(q[i], q[i + 1], ax), ay);
+        };
+        if (!mask) return MeanDifferenceInside(b, target, fill);
+        return MeanDifference(b, target, mask, [&](int32_t x, int32_t y, float* value) {
+            fill(y, x, 1, value);
             return true;
         });
     }
@@ -72,7 +103,8 @@ void FnMotionEstimateGradientSmooth<Stored, Computed, Scale, Vector>::ProcessBan
 }
 
 template <class Stored, class Computed, int Scale, class Vector>
-void FnMotionEstimateGradientSmooth<Stored, Computed, Scale, Vector>::Element(int32_t x, int32_t y, Vector& vector,
+void FnMotionEstimateGradientSmooth<Stored, Computed, Scale, Vector>::Element(int32_t x, int32_t y,
+                                                                              Vector& vector,
                                                                               FnRandom& random) {
     FnCandidateSet candidates;
     if (monitor->Gather(x, y, &candidates) == 0) return;
@@ -86,7 +118,12 @@ void FnMotionEstimateGradientSmooth<Stored, Computed, Scale, Vector>::Element(in
         return;
     }
     candidates.Shuffle(random);
-    Choice choice = {vector, monitor->LocalMean(x, y), vector, FLT_MAX, FLT_MAX, remembered ? *remembered : FLT_MAX,
+    Choice choice = {vector,
+                     monitor->LocalMean(x, y),
+                     vector,
+                     FLT_MAX,
+                     FLT_MAX,
+                     remembered ? *remembered : FLT_MAX,
                      FnBlockRectOf(blocks, x, y, reference->Width(), reference->Height())};
     for (const HvVec2& candidate : candidates) Evaluate(candidate, choice);
     if (remembered) *remembered = choice.error;
@@ -94,7 +131,8 @@ void FnMotionEstimateGradientSmooth<Stored, Computed, Scale, Vector>::Element(in
 }
 
 template <class Stored, class Computed, int Scale, class Vector>
-void FnMotionEstimateGradientSmooth<Stored, Computed, Scale, Vector>::Evaluate(const HvVec2& c, Choice& choice) const {
+void FnMotionEstimateGradientSmooth<Stored, Computed, Scale, Vector>::Evaluate(const HvVec2& c,
+                                                                               Choice& choice) const {
     if (FnIsUndefined(c) || choice.cost == 0.0f) return;
     const float smooth = FnL1(c - choice.mean) / 400.0f / 255.0f * smooth_weight;
     if (choice.cost <= smooth) return;  // it cannot win
