@@ -143,6 +143,41 @@ TEST(BuildFrame, AgreesWithThePlainFormAtEachDepth) {
     compareFrames<FnPixelFloat>();
 }
 
+// Short vectors, so that most groups of pixels lie inside; here and there a missing vector or an element of one source.
+template <class Pixel>
+void compareWideFrames() {
+    constexpr int kScale = Depth<Pixel>::kScale;
+    FnPicture<Pixel> f1, f2, out;
+    plain::Grid<plain::Px> g1, g2;
+    fillPair(f1, g1, 131, 37, 5);
+    fillPair(f2, g2, 131, 37, 6);
+    for (int threads = 1; threads <= 3; ++threads)
+        for (int kind = 0; kind < 3; ++kind) {
+            Threads set(threads);
+            plain::Grid<plain::V> a = vectors(26, 8, 7, false), b = vectors(26, 8, 8, false);
+            for (plain::Grid<plain::V>* field : {&a, &b})
+                for (plain::V& v : field->v) v.x *= 0.1f, v.y *= 0.1f;
+            plain::Grid<int> classes(26, 8, 0);
+            if (kind == 1) a.at(9, 4) = b.at(17, 2) = {FLT_MAX, FLT_MAX};
+            if (kind == 2) classes.at(3, 3) = 1, classes.at(12, 6) = 2, classes.at(20, 1) = 3;
+            FnTweenResult tween;
+            toMap(a, tween.a), toMap(b, tween.b), toMap(classes, tween.classes);
+            ASSERT_TRUE(out.Resize(131, 37));
+            InterruptRecord record;
+            ASSERT_EQ((FnBuildFrame<Pixel, FnPixelFloat, kScale>(&out, f1, f2, &tween, 0.4f, false, &record)), 0);
+            plain::PictureSettings s;
+            s.full = Depth<Pixel>::kFull;
+            s.t = 0.4f;
+            ASSERT_EQ(unequal(out, plain::buildFrame(a, b, classes, g1, g2, 131, 37, s)), 0) << threads << kind;
+        }
+}
+
+TEST(BuildFrame, AgreesWithThePlainFormWhereGroupsOfPixelsLieInside) {
+    compareWideFrames<FnPixel8>();
+    compareWideFrames<FnPixel16>();
+    compareWideFrames<FnPixelFloat>();
+}
+
 TEST(BuildFrame, FrameTimesCopyAFrame) {
     FnPicture<FnPixel8> f1(3, 2), f2(3, 2), out(3, 2);
     f1.Fill(FnMakePixel<FnPixel8>(1, 2, 3, 4));
